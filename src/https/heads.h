@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+// Body, signature and address of the requests that the helper programs send. Any thread.
+#pragma once
+
+enum HeadResult {
+    HEAD_OK = 0,
+    HEAD_SIGN_FAILED = 100001, // registration or signature failed; no line in the upgrade log
+    HEAD_JSON_FAILED = 100002, // JSON text could not be made or read
+    HEAD_NO_LOG = 100003,      // upgrade log cannot be opened
+    HEAD_BAD_ARGUMENT = 100004,
+    HEAD_NO_MEMBER = 100005,
+    HEAD_EMPTY_MEMBER = 100006,
+    HEAD_NO_OBJECT = 100007, // JSON object could not be made
+};
+
+// Each fills the three buffers, which hold `..._size` bytes, cutting what does not fit. Returns a HeadResult;
+// nothing is written for bad arguments.
+int post_runtime_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
+int post_timecontrol_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
+int post_upgradeprogress_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
+
+// Version and strategy of the last upgrade that the upgrade log at `path` tells of. Returns a HeadResult.
+int get_upgrade_info(const char *path, char *version, char *strategy, int version_size, int strategy_size);

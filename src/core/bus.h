@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls of the router's configuration daemon over ubus: one connection per process, opened anew when it was lost; one
-// call at a time, under ubus_mutex; object ids looked up once and kept. Any thread may call any of these.
+// Calls of the router's configuration daemon over ubus: one connection per process, opened anew when it was
+// lost; one call at a time, under ubus_mutex; object ids looked up once and kept. Any thread may call any of
+// these.
 //
-// Replies are JSON documents that the caller owns through the root it passes in; the object returned is borrowed from
-// that root. The root is set only when a function returns non-null.
+// Replies are JSON documents that the caller owns through the root it passes in; the object returned is
+// borrowed from that root. The root is set only when a function returns non-null.
 #pragma once
 
 #include <mutex>
@@ -19,26 +20,28 @@ inline constexpr int BUS_TIMEOUT_MILLIS = 30000;
 // Serialises every call on the shared connection.
 extern std::mutex ubus_mutex;
 
-// Ignores SIGPIPE and connects, trying once a second until it succeeds; returns the connection, which stays the
-// process's. Non-zero also registers it with the event loop for reading. Leaves the dispositions of SIGINT, SIGTERM and
-// SIGCHLD as they were, although the bus library takes them over.
+// Ignores SIGPIPE and connects, trying once a second until it succeeds; returns the connection, which stays
+// the process's. Non-zero also registers it with the event loop for reading. Leaves the dispositions of
+// SIGINT, SIGTERM and SIGCHLD as they were, although the bus library takes them over.
 ubus_context *ubus_init(int add_to_loop);
 // Closes the connection.
 void ubus_done();
 
 // Raw calls: the reply, owned by the caller, or null when there was none. A message may be null.
 json_object *_ubus_call(const char *object, const char *method, blob_attr *message);
-json_object *_ubus_call_(ubus_context *connection, const char *object, const char *method, blob_attr *message);
+json_object *_ubus_call_(ubus_context *connection, const char *object, const char *method,
+                         blob_attr *message);
 // The same over a connection made for this call on the bus library's default socket.
 json_object *_ubus_call_r(const char *object, const char *method, blob_attr *message);
-// Sends the call and returns; completion is printed when the event loop serves the connection. 0 when sent, else a
-// ubus status.
+// Sends the call and returns; completion is printed when the event loop serves the connection. 0 when sent,
+// else a ubus status.
 int _ubus_call_async(const char *object, const char *method, blob_attr *message);
 
 // The reply's member named like the object.
 json_object *get_dev_info(const char *object, const char *method, JsonRoot *root);
 // The same with arguments; null also when the reply's "result" is not 0.
-json_object *get_param_dev_info(const char *object, const char *method, const BusMessage &message, JsonRoot *root);
+json_object *get_param_dev_info(const char *object, const char *method, const BusMessage &message,
+                                JsonRoot *root);
 // The reply's member of the given name.
 json_object *get_dev_specInfo(const char *object, const char *method, const char *member, JsonRoot *root);
 // Element `index` of the array in the member named like the object.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The argument message of a bus call. Each message owns its buffer, so threads that write at once do not meet.
+// The argument message of a bus call. Each message owns its buffer, so threads that write at once do not
+// meet.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +19,8 @@ class BusMessage {
     BusMessage &integer(const char *name, int32_t value);
     BusMessage &text(const char *name, const char *value); // null is sent as ""
 
-    // The message, for core/bus; lives as long as this object and until the next member is added. Null when memory ran
-    // out.
+    // The message, for core/bus; lives as long as this object and until the next member is added. Null when
+    // memory ran out.
     blob_attr *head() const;
 
   private:

@@ -40,8 +40,7 @@ class Descriptor {
         return fd;
     }
     void reset(int fd = -1) {
-        if (fd_ >= 0)
-            close(fd_);
+        if (fd_ >= 0) close(fd_);
         fd_ = fd;
     }
 

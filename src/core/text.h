@@ -2,12 +2,12 @@
 // Bounded copies and small text helpers.
 #pragma once
 
-#include <cstddef>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 
-// Copies `from` (null counts as empty) into a buffer of `size` bytes, cut to size - 1 characters, always terminated.
-// A size of 0 writes nothing.
+// Copies `from` (null counts as empty) into a buffer of `size` bytes, cut to size - 1 characters, always
+// terminated. A size of 0 writes nothing.
 void copy_text(char *to, size_t size, const char *from);
 
 // The same for an array, whose size its type knows.
@@ -31,8 +31,8 @@ __attribute__((format(printf, 1, 2))) Text<N> format_text(const char *format, ..
     return result;
 }
 
-// The six bytes of a MAC written as twelve hex digits without separators; a byte that cannot be read stays 0, and so
-// do those behind it. Null counts as empty.
+// The six bytes of a MAC written as twelve hex digits without separators; a byte that cannot be read stays 0,
+// and so do those behind it. Null counts as empty.
 struct MacBytes {
     unsigned byte[6];
 };
@@ -40,8 +40,8 @@ MacBytes mac_from_hex(const char *digits);
 // The twelve lower-case digits again.
 Text<13> mac_lower_hex(const char *digits);
 
-// "a1b2c3d4e5f6" to "A1:B2:C3:D4:E5:F6", at most size - 2 characters. Returns what snprintf returns, or -1 for a null
-// argument or a size below 2.
+// "a1b2c3d4e5f6" to "A1:B2:C3:D4:E5:F6", at most size - 2 characters. Returns what snprintf returns, or -1
+// for a null argument or a size below 2.
 int set_colon_mac(const char *digits, char *to, int size);
 
 // Removes trailing spaces, tabs, carriage returns and line feeds in place; null is ignored.

@@ -6,6 +6,6 @@
 
 inline constexpr size_t THREAD_STACK_BYTES = 512 * 1024;
 
-// Starts `body` with `argument` on a detached thread. 0, or the (positive) error number of pthread_create, in which
-// case the argument is still the caller's.
+// Starts `body` with `argument` on a detached thread. 0, or the (positive) error number of pthread_create, in
+// which case the argument is still the caller's.
 int start_detached(void *(*body)(void *), void *argument);

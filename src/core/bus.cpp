@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/bus.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "core/bus_connection.h"
+#include "core/bus_library.h"
+#include "core/clock.h"
+
+std::mutex ubus_mutex;
+
+namespace {
+
+// What one attempt at a call came to.
+struct Outcome {
+    const char *step; // the library function that failed, null after success
+    int status;
+    bool unsent; // the connection was lost before the daemon can have seen the request
+    JsonRoot reply;
+};
+
+struct FreeText {
+    void operator()(char *text) const { free(text); }
+};
+
+void take_reply(ubus_request *request, int, blob_attr *message) {
+    std::unique_ptr<char, FreeText> text(blobmsg_format_json(message, true));
+    static_cast<JsonRoot *>(request->priv)->reset(text ? json_tokener_parse(text.get()) : nullptr);
+}
+
+int invoke(ubus_context *connection, uint32_t id, const char *method, blob_attr *message, JsonRoot *reply) {
+    reply->reset();
+    return ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
+}
+
+Outcome attempt(ubus_context *connection, const char *object, const char *method, blob_attr *message) {
+    uint32_t id = 0;
+    JsonRoot reply;
+    int status = bus::find_object(connection, object, &id);
+    if (status != UBUS_STATUS_OK)
+        return {"ubus_lookup_id", status, bus::is_lost(connection, status), nullptr};
+
+    status = invoke(connection, id, method, message, &reply);
+    uint32_t renewed = id;
+    // a daemon that was restarted has other ids; the same id means that the answer is the daemon's own
+    if (status == UBUS_STATUS_NOT_FOUND &&
+        bus::find_object_again(connection, object, &renewed) == UBUS_STATUS_OK && renewed != id)
+        status = invoke(connection, renewed, method, message, &reply);
+    if (status == UBUS_STATUS_OK) return {nullptr, status, false, std::move(reply)};
+    // lost while waiting, the request may have been carried out: it must not be sent twice
+    bool unsent = status == UBUS_STATUS_INVALID_ARGUMENT && bus::is_lost(connection, status);
+    return {"ubus_invoke", status, unsent, nullptr};
+}
+
+void print_failure(const Outcome &outcome, const char *object, const char *method) {
+    if (outcome.step != nullptr)
+        printf("%s failed '%s' '%s' %s\n", outcome.step, object, method, ubus_strerror(outcome.status));
+}
+
+// One attempt over the shared connection, which is closed when it turns out to be dead.
+Outcome attempt_shared(const char *object, const char *method, blob_attr *message) {
+    ubus_context *connection = bus::shared();
+    if (connection == nullptr) return {"ubus_connect", UBUS_STATUS_CONNECTION_FAILED, false, nullptr};
+    Outcome outcome = attempt(connection, object, method, message);
+    if (outcome.step != nullptr && bus::is_lost(connection, outcome.status)) bus::drop_shared();
+    return outcome;
+}
+
+void print_completion(ubus_request *request, int status) {
+    printf("completed request (p: 0x%x, s: %u), ret: %d\n", request->peer, request->seq, status);
+    delete request;
+}
+
+} // namespace
+
+ubus_context *ubus_init(int add_to_loop) {
+    std::unique_lock lock(ubus_mutex);
+    ubus_context *connection = bus::shared();
+    while (connection == nullptr) {
+        lock.unlock();
+        pause_seconds(1);
+        lock.lock();
+        connection = bus::shared();
+    }
+    if (add_to_loop != 0) ubus_add_uloop(connection);
+    return connection;
+}
+
+void ubus_done() {
+    std::lock_guard lock(ubus_mutex);
+    bus::drop_shared();
+}
+
+json_object *_ubus_call(const char *object, const char *method, blob_attr *message) {
+    if (strstr(object, "ctcapd") != nullptr) printf("'%s' '%s'\n", object, method);
+    Outcome outcome = attempt_shared(object, method, message);
+    if (outcome.unsent) outcome = attempt_shared(object, method, message);
+    print_failure(outcome, object, method);
+    return outcome.reply.release();
+}
+
+json_object *_ubus_call_(ubus_context *connection, const char *object, const char *method,
+                         blob_attr *message) {
+    Outcome outcome = attempt(connection, object, method, message);
+    print_failure(outcome, object, method);
+    return outcome.reply.release();
+}
+
+json_object *_ubus_call_r(const char *object, const char *method, blob_attr *message) {
+    ubus_context *connection = bus::connect_to(nullptr);
+    if (connection == nullptr) {
+        printf("ubus_connect failed\n");
+        return nullptr;
+    }
+    json_object *reply = _ubus_call_(connection, object, method, message);
+    ubus_free(connection);
+    return reply;
+}
+
+int _ubus_call_async(const char *object, const char *method, blob_attr *message) {
+    ubus_context *connection = bus::shared();
+    if (connection == nullptr) return UBUS_STATUS_CONNECTION_FAILED;
+    uint32_t id = 0;
+    int status = bus::find_object(connection, object, &id);
+    std::unique_ptr<ubus_request> request(new (std::nothrow) ubus_request{});
+    if (status == UBUS_STATUS_OK && !request) status = UBUS_STATUS_NO_MEMORY;
+    if (status == UBUS_STATUS_OK) status = ubus_invoke_async(connection, id, method, message, request.get());
+    if (status != UBUS_STATUS_OK) return status;
+    request->complete_cb = print_completion;
+    ubus_complete_request_async(connection, request.release());
+    return UBUS_STATUS_OK;
+}

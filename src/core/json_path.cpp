@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/json_path.h"
+
+#include <cstring>
+
+#include "core/handles.h"
+#include "core/text.h"
+
+namespace {
+
+constexpr size_t PATH_BUFFER = 240;
+
+// Calls step(name) for each component of the path until it returns false; false then.
+template <class Step>
+bool walk(const char *path, Step step) {
+    char names[PATH_BUFFER];
+    copy_text(names, path);
+    char *rest = nullptr;
+    for (char *name = strtok_r(names, ".", &rest); name != nullptr; name = strtok_r(nullptr, ".", &rest))
+        if (!step(name)) return false;
+    return true;
+}
+
+bool is_object(json_object *value) {
+    return json_object_is_type(value, json_type_object) != 0;
+}
+
+// The object's member, created as an empty object when it is missing; null when it is there and no object.
+json_object *step_or_create(json_object *object, const char *name) {
+    json_object *member = nullptr;
+    if (json_object_object_get_ex(object, name, &member)) return is_object(member) ? member : nullptr;
+    JsonRoot created(json_object_new_object());
+    if (!created || json_object_object_add(object, name, created.get()) != 0) return nullptr;
+    return created.release();
+}
+
+int add_value(json_object *document, const char *path, const char *key, JsonRoot value) {
+    if (!value || JsonSetObj(document, path, key, value.get()) == 0) return 0;
+    value.release(); // now the document's
+    return 1;
+}
+
+json_object *member_of(json_object *object, const char *key) {
+    json_object *member = object;
+    if (key != nullptr) json_object_object_get_ex(object, key, &member);
+    return member;
+}
+
+} // namespace
+
+int JsonGetObj(json_object *document, const char *path, json_object **member) {
+    json_object *found = document;
+    bool complete =
+        walk(path, [&](const char *name) { return json_object_object_get_ex(found, name, &found) != 0; });
+    if (!complete) found = nullptr;
+    if (member != nullptr) *member = found;
+    return found != nullptr ? 1 : 0;
+}
+
+const char *JsonGetStr(json_object *document, const char *path) {
+    json_object *member = nullptr;
+    return JsonGetObj(document, path, &member) ? json_object_get_string(member) : nullptr;
+}
+
+int64_t JsonGetInt64(json_object *document, const char *path) {
+    json_object *member = nullptr;
+    return JsonGetObj(document, path, &member) ? json_object_get_int64(member) : -1;
+}
+
+bool JsonGetBool(json_object *document, const char *path) {
+    json_object *member = nullptr;
+    return JsonGetObj(document, path, &member) && json_object_get_boolean(member);
+}
+
+int JsonSetStr(json_object *document, const char *path, const char *key, const char *value) {
+    return add_value(document, path, key, JsonRoot(json_object_new_string(value == nullptr ? "" : value)));
+}
+
+int JsonSetInt64(json_object *document, const char *path, const char *key, int64_t value) {
+    return add_value(document, path, key, JsonRoot(json_object_new_int64(value)));
+}
+
+int JsonSetBool(json_object *document, const char *path, const char *key, bool value) {
+    return add_value(document, path, key, JsonRoot(json_object_new_boolean(value)));
+}
+
+int JsonSetObj(json_object *document, const char *path, const char *key, json_object *value) {
+    if (document == nullptr || key == nullptr || value == nullptr) return 0;
+    json_object *object = JsonCreatePath(document, path);
+    return is_object(object) && json_object_object_add(object, key, value) == 0 ? 1 : 0;
+}
+
+json_object *JsonCreatePath(json_object *document, const char *path) {
+    json_object *object = document;
+    if (document == nullptr || path == nullptr) return document;
+    bool complete = is_object(document) && walk(path, [&](const char *name) {
+                        object = step_or_create(object, name);
+                        return object != nullptr;
+                    });
+    return complete ? object : nullptr;
+}
+
+const char *_json_get_str(json_object *object, const char *key) {
+    const char *text = json_object_get_string(member_of(object, key));
+    return text == nullptr ? "" : text;
+}
+
+int _json_get_int(json_object *object, const char *key) {
+    return json_object_get_int(member_of(object, key));
+}

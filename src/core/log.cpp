@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/log.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "core/clock.h"
+#include "core/files.h"
+#include "core/handles.h"
+#include "core/text.h"
+
+namespace {
+
+constexpr size_t MAIN_LINE = 16384;
+constexpr size_t SHORT_LINE = 2048;
+
+using Path = Text<128>;
+
+char log_filepath[128];
+char upgrade_log_filepath[128];
+// The thread that serves SIGINT may log while start-up still sets the paths.
+std::mutex path_mutex;
+
+Path path_of(const char (&setting)[128]) {
+    std::lock_guard lock(path_mutex);
+    Path path;
+    copy_text(path.text, setting);
+    return path;
+}
+
+void set_path(char (&setting)[128], const char *path, const char *fallback) {
+    std::lock_guard lock(path_mutex);
+    copy_text(setting, path != nullptr && path[0] != '\0' ? path : fallback);
+}
+
+// Formats one line with its newline in the terminator's place; returns its length, 0 when it cannot be
+// formatted.
+template <size_t N>
+__attribute__((format(printf, 2, 0))) size_t format_line(char (&line)[N], const char *format,
+                                                         va_list arguments) {
+    int wanted = vsnprintf(line, N, format, arguments);
+    if (wanted < 0) return 0;
+    size_t length = std::min(static_cast<size_t>(wanted), N - 1);
+    line[length] = '\n';
+    return length + 1;
+}
+
+void empty_when_too_big(int file) {
+    struct stat status = {};
+    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > LOG_SIZE_CEILING &&
+        ftruncate(file, 0) != 0)
+        perror("ftruncate");
+}
+
+void append_line(const char *path, const char *line, size_t length, const char *logger, int source_line) {
+    Descriptor file(open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+    if (!file) {
+        qvtk_log("%s %d open file:%s fail", logger, source_line, path);
+        return;
+    }
+    empty_when_too_big(file.get());
+    write_all(file.get(), line, length);
+}
+
+} // namespace
+
+LogTime log_time() {
+    struct tm now = local_time();
+    LogTime time;
+    snprintf(time.text, sizeof time.text, "%4d-%02d-%02d %02d:%02d:%02d%s", now.tm_year + 1900,
+             now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec, "");
+    return time;
+}
+
+void qvtk_log(const char *format, ...) {
+    char line[SHORT_LINE];
+    va_list arguments;
+    va_start(arguments, format);
+    size_t length = format_line(line, format, arguments);
+    va_end(arguments);
+    fwrite(line, 1, length, stdout);
+}
+
+void qvtk_log_to_file(const char *format, ...) {
+    char line[MAIN_LINE];
+    va_list arguments;
+    va_start(arguments, format);
+    size_t length = format_line(line, format, arguments);
+    va_end(arguments);
+    append_line(path_of(log_filepath).text, line, length, __func__, __LINE__);
+}
+
+void qvtk_log_to_file_upgrade(const char *format, ...) {
+    char line[SHORT_LINE];
+    va_list arguments;
+    va_start(arguments, format);
+    size_t length = format_line(line, format, arguments);
+    va_end(arguments);
+    Path path = path_of(upgrade_log_filepath);
+    printf("log_filepath:%s\n", path.text);
+    append_line(path.text, line, length, __func__, __LINE__);
+}
+
+void set_log_filepath(const char *path) {
+    set_path(log_filepath, path, "/apvar/log/qvtk.log");
+}
+
+void set_upgrade_log_filepath(const char *path) {
+    set_path(upgrade_log_filepath, path, "/apetc/rvxa/qvtk_upgrade.log");
+}
+
+void delete_upgrade_log() {
+    unlink(path_of(upgrade_log_filepath).text);
+}

@@ -1,0 +1,44 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* Messages from JSON and JSON text from messages. Any thread, on its own message. */
+#ifndef LIBUBOX_BLOBMSG_JSON_H
+#define LIBUBOX_BLOBMSG_JSON_H
+
+#include "blobmsg.h"
+
+struct json_object;
+
+/* Each of these adds to the message and returns true, or returns false with the message as it was. */
+bool blobmsg_add_object(struct blob_buf *b, struct json_object *obj); /* the members of an object */
+bool blobmsg_add_json_element(struct blob_buf *b, const char *name, struct json_object *obj);
+bool blobmsg_add_json_from_string(struct blob_buf *b, const char *str); /* only an object is taken */
+bool blobmsg_add_json_from_file(struct blob_buf *b, const char *file);
+
+/* Asked for the text of each attribute first; NULL leaves it to the formatter. The text is copied. */
+typedef const char *(*blobmsg_json_format_t)(void *priv, struct blob_attr *attr);
+
+/* The text, for free(); NULL only when memory ran out. `list`: the content in braces (in brackets for an
+ * array), else the one attribute with its name. An indent below 0 is compact. Any bytes may be in the
+ * message. */
+char *blobmsg_format_json_with_cb(struct blob_attr *attr, bool list, blobmsg_json_format_t cb, void *priv,
+                                  int indent);
+/* The value without its name. */
+char *blobmsg_format_json_value_with_cb(struct blob_attr *attr, blobmsg_json_format_t cb, void *priv,
+                                        int indent);
+
+static inline char *blobmsg_format_json(struct blob_attr *attr, bool list) {
+    return blobmsg_format_json_with_cb(attr, list, NULL, NULL, -1);
+}
+
+static inline char *blobmsg_format_json_indent(struct blob_attr *attr, bool list, int indent) {
+    return blobmsg_format_json_with_cb(attr, list, NULL, NULL, indent);
+}
+
+static inline char *blobmsg_format_json_value(struct blob_attr *attr) {
+    return blobmsg_format_json_value_with_cb(attr, NULL, NULL, -1);
+}
+
+static inline char *blobmsg_format_json_value_indent(struct blob_attr *attr, int indent) {
+    return blobmsg_format_json_value_with_cb(attr, NULL, NULL, indent);
+}
+
+#endif

@@ -8,46 +8,49 @@
 
 #include <curl/curl.h>
 
-// How long a transfer may take, in seconds; a connect limit of 0 leaves libcurl's own.
-struct TransferLimits {
-    long connect;
-    long whole;
-};
-inline constexpr TransferLimits POST_LIMITS{0, 15};
-inline constexpr TransferLimits IMAGE_LIMITS{60, 600};
+// How long a transfer may take, in seconds.
+inline constexpr long POST_SECONDS = 15;
+inline constexpr long IMAGE_CONNECT_SECONDS = 60;
+inline constexpr long IMAGE_SECONDS = 600;
 
-// A caller's buffer for a reply, terminated at its end at the latest.
+// A caller's buffer for a reply; its last byte is always the terminator.
 struct ReplyBuffer {
     char *data;
     size_t size;
 };
 // Body callbacks of libcurl for a ReplyBuffer: copy the piece to the START of the buffer, over what earlier
-// pieces left, as much as fits before the terminator. Return the whole piece's bytes, so that the transfer
-// goes on.
-size_t keep_last_piece(void *data, size_t size, size_t count, void *reply); // refuses null data or reply
-size_t req_reply(void *data, size_t size, size_t count, void *reply);       // a null reply is passed over
+// pieces left there, as much as fits before the terminator. Both return the whole piece's bytes, so that the
+// transfer goes on.
+size_t keep_last_piece(void *data, size_t size, size_t count,
+                       void *reply);                                  // null data or reply ends the transfer
+size_t req_reply(void *data, size_t size, size_t count, void *reply); // null data or reply is passed over
 
-// Options take effect in the order of the calls. What is passed by pointer must outlive the transfer, but for
+// Options are set in the order of the calls. What is passed by pointer must outlive the transfer, but for
 // texts.
 class Transfer {
   public:
+    using Callback = size_t (*)(void *data, size_t size, size_t count, void *destination);
+
     Transfer();
-    explicit operator bool() const { return handle != nullptr; } // false: libcurl could not be initialised
+    explicit operator bool() const {
+        return handle != nullptr;
+    } // false: libcurl cannot be used, nothing else may be
 
     Transfer &connect_limit(long seconds);
     Transfer &whole_limit(long seconds);
     Transfer &url(const char *address);
-    Transfer &header(const char *line); // collected; take_headers hands them over
+    Transfer &header(const char *line); // kept until take_headers
     Transfer &take_headers();
     Transfer &post(const char *body, size_t length); // the body is not copied
-    Transfer &write_with(curl_write_callback callback, void *destination);
+    Transfer &write_with(Callback callback, void *destination);
     Transfer &write_to(FILE *file);
-    Transfer &unverified(); // neither certificate nor host name of the server
-    Transfer &progress();   // libcurl's meter on stderr
+    Transfer &unverified();     // neither certificate nor host name of the server
+    Transfer &progress_meter(); // libcurl's, on stderr
     Transfer &no_signals();
-    CURL *get() const { return handle.get(); }
 
     CURLcode perform();
+    long http_status() const; // after perform; 0 when there was no answer
+    CURL *get() const { return handle.get(); }
 
   private:
     struct Cleanup {
@@ -56,4 +59,5 @@ class Transfer {
     };
     std::unique_ptr<curl_slist, Cleanup> headers;
     std::unique_ptr<CURL, Cleanup> handle;
+    bool complete = true;
 };

@@ -58,17 +58,20 @@ struct Fault {
                             // so reaches a libcurl write callback alone (up to 16 KiB)
     std::chrono::milliseconds pause{0}; // between pieces
     std::optional<std::size_t>
-        cut;                 // after this many body bytes (with the whole Content-Length announced), close
-    bool silent = false;     // say nothing more, from the cut on or at all, until the peer goes away
-    bool drop = false;       // close without a byte of answer
-    bool reset = false;      // the same, by TCP reset
+        cut;             // after this many body bytes (with the whole Content-Length announced), close
+    bool silent = false; // say nothing more, from the cut on or at all, until the peer goes away
+    bool drop = false;   // close without a byte of answer
+    bool reset = false;  // the same, by TCP reset
+    // At once and apart from all requests: the port refuses connections for so long; 0: until the faults are
+    // cleared.
+    std::optional<std::chrono::milliseconds> refuse;
     bool wrong_md5 = false;  // check-upgrade: announce another digest; downloads: change a byte
     bool wrong_size = false; // check-upgrade: announce one byte more; downloads: send one byte more
 };
 
 // Reads one fault from its keys and values as texts: count, status, body, delay (ms), pieces, pause (ms),
-// cut, and silent, drop, reset, wrong-md5, wrong-size (value "" or "1" for yes, "0" for no). Throws
-// std::invalid_argument with a message for people when a key, a value or the endpoint is unknown.
+// cut, refuse (ms), and silent, drop, reset, wrong-md5, wrong-size (value "" or "1" for yes, "0" for no).
+// Throws std::invalid_argument with a message for people when a key, a value or the endpoint is unknown.
 Fault parse_fault(const std::string &endpoint,
                   const std::vector<std::pair<std::string, std::string>> &values);
 
@@ -130,7 +133,7 @@ class Cloud {
     // Faults of one endpoint apply in the order they were given, each until its count is used up; one of the
     // endpoint itself goes before one of "any".
     void fault(Fault fault);
-    void clear_faults();
+    void clear_faults(); // and listens again
     std::size_t pending_faults() const;
 
     std::vector<Request> requests() const;

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+// The requests that came, kept for tests and logged for people.
+#pragma once
+#include "cloud.h"
+#include <condition_variable>
+#include <mutex>
+
+namespace cloudsim {
+
+// One JSON text with "time", "method", "path", "sn", "verdict", "status", "fault" and "body"; a body that is
+// no text is told by its size.
+std::string to_line(const Request &request);
+
+// Any thread.
+class Journal {
+  public:
+    explicit Journal(std::function<void(const std::string &)> log);
+
+    void add(Request request);
+    std::vector<Request> all() const;
+    std::vector<Request> wait(std::size_t count, std::string_view path,
+                              std::chrono::milliseconds limit) const;
+    void clear();
+
+  private:
+    std::function<void(const std::string &)> log_;
+    mutable std::mutex mutex_;
+    mutable std::condition_variable grown_;
+    std::vector<Request> requests_;
+};
+
+} // namespace cloudsim

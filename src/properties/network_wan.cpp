@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "properties/network_wan.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "core/bus.h"
+#include "core/json_path.h"
+#include "core/log.h"
+#include "core/text.h"
+#include "properties/network_fields.h"
+#include "properties/radio.h"
+
+namespace {
+
+constexpr char WAN[] = "vrop.waninfo";
+
+// "first,second", or one server alone.
+void split_dns(const char *text, char (&dns1)[16], char (&dns2)[16]) {
+    const char *comma = cut_dns(text) == 1 ? strchr(text, ',') : nullptr;
+    copy_text(dns1, text);
+    copy_text(dns2, comma != nullptr ? comma + 1 : "");
+    if (comma != nullptr && comma - text < static_cast<long>(sizeof(dns1))) dns1[comma - text] = '\0';
+}
+
+void add_dns(BusMessage *message, const char *dns1, const char *dns2) {
+    message->text("dns", format_text<32>("%s,%s", dns1, dns2).text);
+}
+
+void read_route(json_object *reply, NetworkRecord *network) {
+    const char *dns = _json_get_str(reply, "dns");
+    const char *type = _json_get_str(reply, "networktype");
+    if (strcmp(type, "DHCP") == 0) {
+        network->route_type = ROUTE_DHCP;
+        read_daemon(DHCP_FIELDS, reply, network);
+        split_dns(dns, network->dhcp_dns1, network->dhcp_dns2);
+    } else if (strcmp(type, "PPPoE") == 0) {
+        network->route_type = ROUTE_PPPOE;
+        read_daemon(PPPOE_FIELDS, reply, network);
+        split_dns(dns, network->ppoe_dns1, network->ppoe_dns2);
+    } else if (strcmp(type, "STATIC") == 0) {
+        network->route_type = ROUTE_STATIC;
+        read_daemon(STATIC_FIELDS, reply, network);
+        split_dns(dns, network->static_dns1, network->static_dns2);
+    } else {
+        LOG("param is unmatched");
+    }
+}
+
+int read_relay(json_object *reply, NetworkRecord *network) {
+    LOG("enter APCLIENT");
+    network->relay_radio = strcmp(_json_get_str(reply, "radio"), "5G") == 0 ? RADIO_5G : RADIO_2G;
+    LOG("relay_radio:%d", network->relay_radio);
+    JsonRoot root;
+    json_object *client = get_dev_info(radio_client(network->relay_radio), "get", &root);
+    if (client == nullptr) {
+        LOG("get relay obj fail");
+        return -1;
+    }
+    read_daemon(RELAY_FIELDS, client, network);
+    LOG("sync:%d", network->sync);
+    return 0;
+}
+
+} // namespace
+
+int get_network_config(NetworkRecord *network) {
+    if (network == nullptr) {
+        LOG("param is NULL");
+        return -1;
+    }
+    JsonRoot root;
+    json_object *reply = get_dev_info(WAN, "get", &root);
+    if (reply == nullptr) return -1;
+    *network = NetworkRecord{.mesh_mode = network->mesh_mode};
+    const char *workmode = _json_get_str(reply, "workmode");
+    if (strcmp(workmode, "BRIDGE") == 0) {
+        network->network_mode = MODE_BRIDGE;
+    } else if (strcmp(workmode, "ROUTE") == 0) {
+        network->network_mode = MODE_ROUTE;
+        read_route(reply, network);
+    } else if (strcmp(workmode, "APCLIENT") == 0) {
+        network->network_mode = MODE_RELAY;
+        return read_relay(reply, network);
+    } else if (strcmp(workmode, "MESH") == 0) {
+        network->network_mode = MODE_MESH;
+    } else {
+        LOG("param is unmatched");
+    }
+    return 0;
+}
+
+int bridge_set() {
+    BusMessage message;
+    message.text("networktype", "BRIDGE");
+    const int result = set_dev_info(WAN, "set", message);
+    if (result != 0) LOG("set bridge way fail");
+    return result;
+}
+
+int dhcp_set(const NetworkRecord &network) {
+    BusMessage message;
+    message.integer("dnsenable", network.dhcp_dns_enable);
+    if (network.dhcp_dns_enable != 0) add_dns(&message, network.dhcp_dns1, network.dhcp_dns2);
+    message.text("networktype", "DHCP");
+    const int result = set_dev_info(WAN, "set", message);
+    if (result != 0) LOG("set dhcp way fail");
+    return result;
+}
+
+int ppoe_set(const NetworkRecord &network) {
+    BusMessage message;
+    message.text("networktype", "PPPoE")
+        .text("pppoename", network.user_name)
+        .text("pppoepwd", network.user_pwd)
+        .integer("pppoemtu", network.mtu)
+        .integer("pppoestaticdns", network.ppoe_dns_enable)
+        .integer("dnsenable", network.ppoe_dns_enable);
+    if (network.ppoe_dns_enable != 0) add_dns(&message, network.ppoe_dns1, network.ppoe_dns2);
+    const int result = set_dev_info(WAN, "set", message);
+    if (result != 0) LOG("set ppoe way fail");
+    return result;
+}
+
+int static_set(const NetworkRecord &network) {
+    BusMessage message;
+    message.text("networktype", "STATIC")
+        .text("gateway", network.static_gateway)
+        .text("ipaddr", network.static_ip)
+        .text("subnetmask", network.static_mask);
+    add_dns(&message, network.static_dns1, network.static_dns2);
+    const int result = set_dev_info(WAN, "set", message);
+    if (result != 0) LOG("set dhcp way fail"); // one text for both ways with addresses
+    return result;
+}
+
+int relay_set(const NetworkRecord &network) {
+    char authmode[32];
+    get_set_encrytion(network.relay_encryption, authmode, sizeof(authmode));
+    BusMessage message;
+    message.integer("enable", 1)
+        .text("ssid", network.relay_name)
+        .text("key", network.relay_pwd)
+        .integer("keepwifiupflag", network.sync)
+        .text("authmode", authmode);
+    const char *object = radio_client(network.relay_radio);
+    const int result = object != nullptr ? set_dev_info(object, "set", message) : -1;
+    if (result != 0) LOG("set relay way fail");
+    return result;
+}
+
+int cut_dns(const char *text) {
+    if (text == nullptr) {
+        printf("param is NULL");
+        return -1;
+    }
+    return strchr(text, ',') != nullptr ? 1 : 0;
+}

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "properties/property.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "core/handles.h"
+#include "core/json_path.h"
+#include "core/report_gate.h"
+#include "core/text.h"
+#include "tebra_sdk.h"
+
+namespace {
+
+// The property's document, or null after having logged why.
+JsonRoot make_document(const Property &property, const char *create_failed, LogSite site) {
+    JsonRoot document(json_object_new_object());
+    if (!document) {
+        perror("JsonObjNew");
+        LOG_AT(site, "%s", create_failed);
+        return nullptr;
+    }
+    if (property.fill(document.get()) != 0) return nullptr;
+    return document;
+}
+
+// The document's text, which lives with it, or null after having logged why.
+const char *document_text(json_object *document, LogSite site) {
+    const char *text = json_object_to_json_string(document);
+    if (text == nullptr) {
+        perror("JsonObjToStr");
+        LOG_AT(site, "JsonObj To String fail");
+    }
+    return text;
+}
+
+JsonRoot parse_request(const Property &property, const char *text, LogSite site) {
+    JsonRoot request(json_tokener_parse(text));
+    if (!request) {
+        perror(property.parse_tag);
+        LOG_AT(site, "%s%s", property.parse_failed, property.parse_failed_shows_request ? text : "");
+    }
+    return request;
+}
+
+} // namespace
+
+int property_init(const Property &property, void (*reset)(), LogSite site) {
+    LOG_AT(site, "------------->start enter %sinit<-------------------", property.start);
+    std::lock_guard lock(*property.lock);
+    if (reset != nullptr) reset();
+    return 0;
+}
+
+int property_set(const Property &property, const SetCall &call, Apply apply, LogSite site) {
+    LOG_AT(site, "------------->start enter %sset<--------------", property.start);
+    if (call.context == nullptr || call.value == nullptr || call.reply == nullptr || call.reply_length <= 0) {
+        LOG_AT(site, "param is NULL");
+        return -1;
+    }
+    if (property.request_line != nullptr) LOG_AT(site, "%s%s", property.request_line, call.value);
+    JsonRoot request = parse_request(property, call.value, site);
+    if (!request) return -1;
+    json_object *member = nullptr;
+    if (JsonGetObj(request.get(), property.name, &member) == 0 ||
+        !json_object_is_type(member, property.request_type)) {
+        perror("JsonGetObj");
+        LOG_AT(site, "%s", property.member_missing);
+        return -1;
+    }
+    std::lock_guard lock(*property.lock);
+    return apply(member, call.context);
+}
+
+int property_get(const Property &property, const char *context, char *output, int length, LogSite site) {
+    LOG_AT(site, "------------->start enter %sget<-------------------", property.start);
+    if (context == nullptr || output == nullptr || length < 1) {
+        LOG_AT(site, "param is error");
+        return -1;
+    }
+    std::lock_guard lock(*property.lock);
+    JsonRoot document = make_document(property, property.create_failed, site);
+    const char *text = document ? document_text(document.get(), site) : nullptr;
+    if (text == nullptr) return -1;
+    copy_text(output, static_cast<size_t>(length), text);
+    LOG_AT(site, "outbuff:%s", output);
+    return 0;
+}
+
+int property_post(const Property &property, LogSite site) {
+    std::lock_guard lock(*property.lock);
+    JsonRoot document = make_document(property, property.create_failed, site);
+    const char *text = document ? document_text(document.get(), site) : nullptr;
+    if (text == nullptr) return -1;
+    LOG_AT(site, "outbuff:%s", text);
+    TEBRA_SDK_PostProperty(text);
+    return 0;
+}
+
+int property_report(const Property &property, LogSite site) {
+    get_report_status();
+    std::lock_guard lock(*property.lock);
+    JsonRoot document = make_document(property, "create json obj fail", site);
+    const char *whole = document ? document_text(document.get(), site) : nullptr;
+    if (whole == nullptr) return -1;
+    const std::string text(whole, strnlen(whole, property.report_size - 1));
+    if (text == property.last_sent) return 0;
+    copy_text(property.last_sent, property.last_sent_size, text.c_str());
+    LOG_AT(site, "%s%s", property.changed, text.c_str());
+    TEBRA_SDK_PostProperty(text.c_str());
+    return 0;
+}

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/main_log.h"
+
+#include <algorithm>
+#include <regex>
+#include <thread>
+#include <unistd.h>
+
+#include "core/log.h"
+#include "support/text_file.h"
+
+void set_default_logs() {
+    set_log_filepath(MAIN_LOG);
+    set_upgrade_log_filepath(UPGRADE_LOG);
+}
+
+std::string main_log() {
+    return text_of(MAIN_LOG);
+}
+
+std::string upgrade_log() {
+    return text_of(UPGRADE_LOG);
+}
+
+std::vector<std::string> log_messages() {
+    static const std::regex prefix(R"(^\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\[\w+\]\[\d+\])");
+    std::vector<std::string> messages;
+    std::istringstream log(main_log());
+    for (std::string line; std::getline(log, line);)
+        messages.push_back(std::regex_replace(line, prefix, ""));
+    return messages;
+}
+
+bool has_logged(const std::string &message) {
+    std::vector<std::string> messages = log_messages();
+    return std::find(messages.begin(), messages.end(), message) != messages.end();
+}
+
+bool wait_for_log(const std::string &message, std::chrono::milliseconds limit) {
+    auto end = std::chrono::steady_clock::now() + limit;
+    while (!has_logged(message)) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+void clear_main_log() {
+    unlink(MAIN_LOG);
+}

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+// An MQTT 5 client that plays the cloud. It receives on a thread of its own; the functions may be called from
+// any.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+struct mosquitto;
+struct mosquitto_message;
+struct mqtt5__property;
+
+namespace test_mqtt {
+
+struct Message {
+    std::string topic;
+    std::string payload;
+    std::string response_topic = {}; // empty: none
+    std::string correlation = {};
+    std::string code = {}; // the user property "code" of an answer
+    bool retain = false;
+};
+
+class Client {
+  public:
+    using Match = std::function<bool(const Message &)>;
+    static constexpr std::chrono::milliseconds LIMIT = std::chrono::seconds(20);
+
+    // Connects to the broker's Unix socket.
+    explicit Client(const std::string &socket);
+    ~Client();
+    Client(const Client &) = delete;
+    Client &operator=(const Client &) = delete;
+
+    // True when the broker has confirmed it; what it keeps for the topic arrives like any message.
+    bool subscribe(const std::string &filter);
+    bool publish(const Message &message);
+
+    // The first message received that matches, which is then forgotten; nothing when none has come within the
+    // limit.
+    std::optional<Message> wait(const Match &match, std::chrono::milliseconds limit = LIMIT);
+    // By topic, and by payload where one is given.
+    std::optional<Message> wait(const std::string &topic, const std::string &payload = "",
+                                std::chrono::milliseconds limit = LIMIT);
+    // Sends a request and waits for its answer, by correlation data.
+    std::optional<Message> request(const std::string &topic, const std::string &payload,
+                                   std::chrono::milliseconds limit = LIMIT);
+    // Sends a request; the correlation data by which wait() finds its answer.
+    std::string send_request(const std::string &topic, const std::string &payload);
+    // How many messages received match; they are not forgotten.
+    size_t count(const Match &match);
+
+  private:
+    static void on_connect(mosquitto *, void *client, int reason, int flags, const mqtt5__property *);
+    static void on_subscribe(mosquitto *, void *client, int id, int count, const int *granted,
+                             const mqtt5__property *);
+    static void on_message(mosquitto *, void *client, const mosquitto_message *message,
+                           const mqtt5__property *properties);
+    bool wait_until(const std::function<bool()> &reached, std::chrono::milliseconds limit);
+
+    mosquitto *handle_;
+    const std::string reply_topic_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Message> received_;
+    bool connected_ = false;
+    std::set<int> confirmed_;
+    unsigned requests_ = 0;
+};
+
+} // namespace test_mqtt

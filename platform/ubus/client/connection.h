@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a context has behind its public part: the socket's traffic.
+#pragma once
+
+extern "C" {
+#include <libubus.h>
+}
+
+#include "../wire/frame_reader.h"
+#include "deadline.h"
+
+struct ubus_connection {
+    wire::FrameReader in;
+    blob_buf out{};         // the request being built; sent before anything else can start another
+    bool loss_told = false; // connection_lost was called
+
+    ubus_connection() = default;
+    ~ubus_connection() { blob_buf_free(&out); }
+    ubus_connection(const ubus_connection &) = delete;
+    ubus_connection &operator=(const ubus_connection &) = delete;
+};
+
+inline constexpr int HELLO_TIMEOUT_MILLIS = 10000;
+inline constexpr int LOOKUP_TIMEOUT_MILLIS = 30000;
+inline constexpr int SEND_TIMEOUT_MILLIS = 30000; // where the caller sets no limit
+
+// Connects to the broker's socket, without waiting longer than HELLO_TIMEOUT_MILLIS; -1 on failure.
+int open_bus_socket(const char *path);
+
+// Sends the message built in connection->out. OK; INVALID_ARGUMENT when it is too long or the connection is
+// gone; TIMEOUT when the broker took nothing of it in time; CONNECTION_FAILED, with the connection given up,
+// when it took a part only.
+int send_message(ubus_context *ctx, wire::Header header, const Deadline &deadline);
+
+// Waits until the socket is ready for the poll events. False when the deadline is over.
+bool wait_socket(const ubus_context *ctx, short events, const Deadline &deadline);
+
+// Takes the next message that has been read. Sets sock.eof when the broker talks nonsense.
+bool next_message(ubus_context *ctx, wire::Message *message);
+
+// Reads once without waiting. Sets sock.eof when the broker has gone.
+void read_socket(ubus_context *ctx);

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <ctime>
 
+#include "core/text.h"
+
 inline constexpr char IMAGE_FILE[] = "/aptmp/firmware.img";       // written and checked here
 inline constexpr char IMAGE_INSTALL_FILE[] = "/tmp/firmware.img"; // the same file, as the flasher names it
 
@@ -28,6 +30,7 @@ void http_upgrade_round(time_t *last_check);
 int query_upgrade();   // the reply's "code" (0: the request context holds the answer), a libcurl code, or -1
 void http_upgrading(); // loads, checks and hands over the image that the request context names
 void report_upgrade_progress(int progress, const char *reason);
+Text<33> get_file_md5(const char *path); // 32 lower-case hex digits, empty when the file cannot be read
 
 // Reports the outcome of an upgrade that the log at `path` tells of, on a thread of its own. 0 when that was
 // started or there is no log; the code of get_upgrade_info; 100001 when there is no thread. Any thread.

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "https/heads.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "cloud/signing.h"
+#include "core/bus.h"
+#include "core/clock.h"
+#include "core/json_path.h"
+#include "core/log.h"
+#include "core/registration.h"
+#include "core/text.h"
+#include "https/runtime.h"
+
+namespace {
+
+// The caller's buffers.
+struct Head {
+    char *body, *sign, *url;
+    int body_size, sign_size, url_size;
+};
+
+// What all bodies say of their sender.
+struct Sender {
+    register_config_record registration;
+    char name[32];     // the serial number or, without one, the MAC's digits
+    char version[128]; // of the running software
+    long timestamp;
+};
+
+void load_identity(const char *object, Sender *sender) {
+    JsonRoot root;
+    json_object *info = get_dev_info(object, "get", &root);
+    copy_text(sender->name, _json_get_str(info, "sn"));
+    if (sender->name[0] == '\0') {
+        char mac[32];
+        copy_text(mac, _json_get_str(info, "mac"));
+        copy_text(sender->name, mac_lower_hex(mac).text);
+    }
+    copy_text(sender->version, _json_get_str(info, "iswversion"));
+}
+
+// What differs between the requests.
+struct HeadKind {
+    const char *identity_object;
+    char (register_config_record::*address)[128];
+    int (*add_members)(json_object *body, const Sender &sender);
+};
+
+// Fills address and signature.
+int sign_head(const Head &head, const HeadKind &kind, Sender *sender, LogSite site) {
+    const register_config_record &registration = sender->registration;
+    if (get_qvtkRegister_info(&sender->registration) != 0) {
+        LOG_AT(site, "get sign fail");
+        return HEAD_SIGN_FAILED;
+    }
+    if (head.url && head.url_size > 0)
+        copy_text(head.url, static_cast<size_t>(head.url_size), registration.*kind.address);
+    load_identity(kind.identity_object, sender);
+    sender->timestamp = now_seconds();
+    if (get_sign(registration.product_key, sender->name, registration.device_secret, head.sign,
+                 head.sign_size, sender->timestamp) != 0) {
+        LOG_AT(site, "get sign fail");
+        return HEAD_SIGN_FAILED;
+    }
+    return HEAD_OK;
+}
+
+int fill_body(const Head &head, const HeadKind &kind, const Sender &sender, LogSite site) {
+    JsonRoot body(json_object_new_object());
+    if (!body) {
+        LOG_AT(site, "create json obj fail");
+        return HEAD_NO_OBJECT;
+    }
+    JsonSetStr(body.get(), nullptr, "sn", sender.name);
+    JsonSetStr(body.get(), nullptr, "productKey", sender.registration.product_key);
+    JsonSetInt64(body.get(), nullptr, "timestamp", sender.timestamp);
+    int result = kind.add_members(body.get(), sender);
+    if (result != HEAD_OK) return result;
+    const char *text = json_object_to_json_string_ext(body.get(), JSON_C_TO_STRING_PLAIN);
+    if (!text) {
+        LOG_AT(site, "JsonObj To String fail");
+        return HEAD_JSON_FAILED;
+    }
+    copy_text(head.body, static_cast<size_t>(head.body_size), text);
+    return HEAD_OK;
+}
+
+int build_head(const Head &head, const HeadKind &kind, LogSite site) {
+    if (!head.body || !head.sign || head.body_size <= 0 || head.sign_size <= 0) {
+        LOG_AT(site, "param is error");
+        return HEAD_BAD_ARGUMENT;
+    }
+    Sender sender;
+    int result = sign_head(head, kind, &sender, site);
+    return result != HEAD_OK ? result : fill_body(head, kind, sender, site);
+}
+
+int add_runtimes(json_object *body, const Sender &) {
+    JsonRoot list(runtimeList_report()); // the member is left out when there is no list
+    if (JsonSetObj(body, nullptr, "runtimeList", list.get())) (void)list.release();
+    return HEAD_OK;
+}
+
+int add_nothing(json_object *, const Sender &) {
+    return HEAD_OK;
+}
+
+int add_upgrade_outcome(json_object *body, const Sender &sender) {
+    constexpr int64_t DONE = 120, FAILED = -1;
+    char recorded[128] = {};
+    char strategy[32] = {};
+    int result = get_upgrade_info(sender.registration.upgrade_log_path, recorded, strategy, sizeof recorded,
+                                  sizeof strategy);
+    if (result != HEAD_OK) return result;
+    JsonSetStr(body, nullptr, "strategy", strategy);
+    JsonSetInt64(body, nullptr, "progress", strcmp(sender.version, recorded) == 0 ? DONE : FAILED);
+    JsonSetStr(body, nullptr, "oldVersion", sender.version);
+    JsonSetStr(body, nullptr, "newVersion", recorded);
+    return HEAD_OK;
+}
+
+} // namespace
+
+int post_runtime_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size) {
+    return build_head({body, sign, url, body_size, sign_size, url_size},
+                      {"vrop.devinfo", &register_config_record::report_url, add_runtimes}, LogSite::here());
+}
+
+int post_timecontrol_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size) {
+    return build_head({body, sign, url, body_size, sign_size, url_size},
+                      {"vrop.devinfo", &register_config_record::time_url, add_nothing}, LogSite::here());
+}
+
+int post_upgradeprogress_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size) {
+    return build_head({body, sign, url, body_size, sign_size, url_size},
+                      {"vrop.ftinfo", &register_config_record::upgrade_progress_url, add_upgrade_outcome},
+                      LogSite::here());
+}

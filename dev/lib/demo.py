@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What dev/demo runs inside its sandbox: demo.py BUILD HOME tour|follow."""
+import signal
+import subprocess
+import sys
+import traceback
+
+sys.dont_write_bytecode = True
+import rig as rigs  # noqa: E402
+import tour  # noqa: E402
+
+
+def start(rig):
+    rig.start_broker()
+    rig.start_router()
+    rig.start_cloud()
+    rig.start_daemon()
+    rig.wait_online()
+
+
+def introduce(rig):
+    home = rig.home
+    print(f"""
+A router is running in a sandbox of its own, bound to a simulated cloud:
+  qvtkd, the agent             its log: {home}/apvar/log/qvtk.log
+  routersim, bus and router    log: {home}/routersim.log   socket: {home}/apvar/run/ubus/ubus.sock
+  cloudsim, the HTTPS servers  requests: {home}/requests.log
+  mosquitto, the cloud's side  socket: {home}/broker.sock
+
+Try in another terminal:
+  dev/cloud get wifiInfo
+  dev/cloud set ledStatus '{{"ledStatus":"off"}}'
+  {rig.build}/platform/ubus/buscall -s {home}/apvar/run/ubus/ubus.sock call vrop.ledswitch get
+
+What the device says follows here until Ctrl-C.
+""", flush=True)
+
+
+def main():
+    build, home, mode = sys.argv[1:4]
+    rig = rigs.Rig(build, home, {} if mode == "tour" else {"TEBRA_SDK_REPORT_SECONDS": "5"})
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+    try:
+        start(rig)
+        if mode == "tour":
+            tour.play(rig)
+        else:
+            introduce(rig)
+            subprocess.run(rig.cloud_command("watch"), check=False)
+    except KeyboardInterrupt:
+        return 0
+    except Exception as error:  # whatever it is, say it, and say where to look
+        if not isinstance(error, rigs.Failed):
+            traceback.print_exc()
+        print(f"dev/demo: {error}\ndev/demo: the logs are in {home}", file=sys.stderr)
+        return 1
+    finally:
+        rig.stop_all()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

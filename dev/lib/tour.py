@@ -1,0 +1,170 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The demo's tour: what an operator does with a router, each step checked on the router's side."""
+import json
+import time
+
+from rig import Failed, wait_until
+
+STEPS = []
+
+
+def step(title):
+    """One row of the tour, in the order of the functions below."""
+    def add(function):
+        STEPS.append((title, function))
+        return function
+    return add
+
+
+def expect(what, found, wanted):
+    if found != wanted:
+        raise Failed(f"{what} is {found!r}, not {wanted!r}")
+
+
+@step("the cloud reads who the device is")
+def device_information(rig, watch):
+    info = rig.get("deviceInfo")
+    expect("the serial number", info["sn"], rig.router("vrop.ftinfo")["sn"])
+    return f'{info["deviceModel"]}, firmware {info["fwVersion"]}, {info["mac"]}'
+
+
+@step("the cloud reads the Wi-Fi")
+def wifi_read(rig, watch):
+    wifi = rig.get("wifiInfo")
+    expect("the 2.4 GHz name", wifi["wifi2gName"], rig.router("vrop.webwifisimple")["wifi24ssid"])
+    return f'{wifi["wifi2gName"]} and {wifi["wifi5gName"]}'
+
+
+@step("the cloud renames the Wi-Fi; the guest network follows and the change is reported")
+def wifi_renamed(rig, watch):
+    wifi = rig.get("wifiInfo")
+    wifi.update(wifi2gName="Office", wifi5gName="Office-5G", backupWifiOpen=not wifi["backupWifiOpen"])
+    rig.set("wifiInfo", wifi)
+    event = watch.wait("event/networkRestartTime")
+    expect("the router's name", rig.router("vrop.webwifisimple")["wifi24ssid"], "Office")
+    guest = rig.router("vrop.wifi.1.ap.modify", "getbyindex", {"index": 2})
+    expect("the guest network", guest["ssid"], "Office_Guest")
+    watch.wait('property .*"wifi2gName": ?"Office"')
+    return event.split("  ")[-1]
+
+
+@step("an unchanged property is not reported again")
+def no_report(rig, watch):
+    watch.drain()
+    cycles = rig.log_count("set_flag:")
+    rig.wait_logged("set_flag:", more_than=cycles + 5)
+    again = [line for line in watch.drain() if "wifiInfo" in line]
+    expect("what was reported", again, [])
+
+
+@step("a local event becomes a cloud event")
+def local_event(rig, watch):
+    rig.local_event({"action": "deviceConnect", "mac": "A0:B1:C2:00:00:99", "devName": "tablet", "time": 1})
+    return watch.wait('event/deviceConnet .*tablet').split("  ")[-1]
+
+
+@step("the cable is pulled, then the WAN link is lost and comes back")
+def wan_lost(rig, watch):
+    rig.bus("sim", "cable", {"in": False})
+    expect("linkStatus", rig.get("deviceStatus")["linkStatus"], 2)
+    rig.bus("sim", "cable", {"in": True})
+    rig.bus("sim", "wan", {"up": False})
+    rig.stop("broker")
+    offline = rig.log_count("device is offline")
+
+    def event_dropped():
+        rig.local_event({"action": "deviceConnect", "mac": "A0:B1:C2:00:00:98", "devName": "lost"})
+        return rig.log_count("device is offline") > offline
+    wait_until("the relay to see the link down", event_dropped)
+    rig.bus("sim", "wan", {"up": True})
+    rig.start_broker()
+    rig.wait_online()
+    return "online again"
+
+
+@step("the router's bus is restarted under the daemon")
+def bus_restarted(rig, watch):
+    before = rig.get("wifiInfo")["wifi2gName"]
+    rig.bus("sim", "restart", {"drop": True})
+    wait_until("the bus", lambda: rig.bus("vrop.ftinfo", "get", check=False)[0] == 0)
+    expect("the name", rig.get("wifiInfo")["wifi2gName"], before)
+
+
+def route(kind, members):
+    return {"networkMode": 1, "networkConnect": {"route": {"routeType": kind, "routeList": members}}}
+
+
+@step("the Internet access goes from PPPoE to a static address and back")
+def internet_access(rig, watch):
+    pppoe = {"userName": "home@example", "userPwd": "secret-1", "mtu": 1492, "dnsEnable": False}
+    rig.set("networkInfo", route(0, pppoe))
+    watch.wait("event/networkRestartTime")
+    expect("the way", rig.router("vrop.waninfo")["networktype"], "PPPoE")
+    static = {"staticIp": "192.0.2.10", "mask": "255.255.255.0", "gateWay": "192.0.2.1", "dns1": "192.0.2.53",
+              "dns2": "198.51.100.53"}
+    rig.set("networkInfo", route(2, static))
+    expect("the address", rig.router("vrop.waninfo")["ipaddr"], "192.0.2.10")
+    expect("what the cloud reads", rig.get("networkInfo")["networkConnect"]["route"]["routeList"], static)
+    rig.set("networkInfo", route(0, pppoe))
+    expect("the way", rig.get("networkInfo")["networkConnect"]["route"]["routeType"], 0)
+
+
+@step("the router becomes a wireless relay")
+def relay(rig, watch):
+    rig.set("networkInfo", {"networkMode": 2, "networkConnect": {"relay": {
+        "manualWifiName": "Upstairs", "manualWifiPwd": "relay-pass", "manualEncrytion": 2, "sync": 1,
+        "relaySignal": 1}}})
+    expect("the work mode", rig.router("vrop.waninfo")["workmode"], "APCLIENT")
+    expect("the relay's name", rig.router("vrop.wifi.2.apclient")["ssid"], "Upstairs")
+
+
+@step("a restart and an LED schedule are set")
+def schedules(rig, watch):
+    days = [1, 1, 1, 1, 1, 0, 0]
+    rig.set("timeReboot", [{"daysOfWeek": days, "time": "03:30", "open": True}])
+    rig.set("timeLed", [{"daysOfWeek": days, "timeFrame": "22:30-06:00", "open": True}])
+    wait_until("the restart schedule", lambda: rig.get("timeReboot") == [
+        {"daysOfWeek": days, "time": "03:30", "open": True}])
+    wait_until("the LED schedule", lambda: rig.get("timeLed") == [
+        {"daysOfWeek": days, "timeFrame": "22:30-06:00", "open": True}])
+
+
+@step("the guest network is opened for a time, and closes by itself")
+def guests(rig, watch):
+    rig.set("visitorsWifi", {"mainOpen": 1, "wifi2gOpen": 1, "wifi2gName": "Welcome", "wifi2gPwd": "come-in-please",
+                             "wifi2gOpenPwd": 1, "wifi5gOpen": 1, "wifi5gName": "Welcome-5G", "wifi5gPwd": "",
+                             "wifi5gOpenPwd": 0, "openDuration": 1})
+    expect("the guest network", rig.get("visitorsWifi")["wifi2gOpen"], True)
+    rig.bus("sim", "elapse", {"seconds": 30 * 24 * 3600})
+    expect("the guest network", rig.get("visitorsWifi")["wifi2gOpen"], False)
+
+
+@step("mesh on and off, the LEDs off with their report, IPv6 on, another channel")
+def switches(rig, watch):
+    rig.set("mesh", {"open": True, "role": 1})
+    expect("mesh", rig.get("mesh")["open"], True)
+    rig.set("mesh", {"open": False})
+    expect("mesh", rig.get("mesh"), {"open": False})
+    rig.set("ledStatus", "off")
+    watch.wait('property .*"ledStatus": ?"off"')
+    rig.set("ipv6Status", {"open": 1})
+    expect("the protocol", rig.router("vrop.waninfo")["protocoltype"], "IPv4/IPv6")
+    radio = rig.get("wifi2gSeniorInfo")
+    radio["channel"] = 11 if radio["channel"] != 11 else 6
+    rig.set("wifi2gSeniorInfo", radio)
+    expect("the channel", rig.router("vrop.webwifi1adv")["channel"], radio["channel"])
+
+
+def play(rig):
+    """Plays all steps; raises Failed at the first that fails."""
+    watch = rig.watch()
+    for number, (title, function) in enumerate(STEPS, 1):
+        print(f"[{number:2}/{len(STEPS)}] {title} ...", end=" ", flush=True)
+        began = time.monotonic()
+        try:
+            said = function(rig, watch)
+        except Exception:
+            print("FAILED", flush=True)
+            raise
+        print(f"ok ({time.monotonic() - began:.1f} s){': ' + said if said else ''}", flush=True)
+    watch.close()

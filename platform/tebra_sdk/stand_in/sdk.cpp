@@ -110,7 +110,8 @@ int start_sdk(global_config *config) {
     run_init_slots(record->properties);
     auto *sdk = new Sdk(*record, *settings);
     running = sdk;
-    return sdk->start() ? 0 : -1; // a start that failed half way is final: a thread may already use the object
+    return sdk->start() ? 0
+                        : -1; // a start that failed half way is final: a thread may already use the object
 }
 
 int get_connect_state(void) {

@@ -152,14 +152,17 @@ std::string Client::send_request(const std::string &topic, const std::string &pa
     return correlation;
 }
 
-std::optional<Message> Client::request(const std::string &topic, const std::string &payload,
-                                       std::chrono::milliseconds limit) {
-    std::string correlation = send_request(topic, payload);
+std::optional<Message> Client::wait_answer(const std::string &correlation, std::chrono::milliseconds limit) {
     return wait(
         [&](const Message &message) {
             return message.topic == reply_topic_ && message.correlation == correlation;
         },
         limit);
+}
+
+std::optional<Message> Client::request(const std::string &topic, const std::string &payload,
+                                       std::chrono::milliseconds limit) {
+    return wait_answer(send_request(topic, payload), limit);
 }
 
 size_t Client::count(const Match &match) {

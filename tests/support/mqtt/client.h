@@ -51,8 +51,10 @@ class Client {
     // Sends a request and waits for its answer, by correlation data.
     std::optional<Message> request(const std::string &topic, const std::string &payload,
                                    std::chrono::milliseconds limit = LIMIT);
-    // Sends a request; the correlation data by which wait() finds its answer.
+    // The two halves of it: what send_request returns finds the answer.
     std::string send_request(const std::string &topic, const std::string &payload);
+    std::optional<Message> wait_answer(const std::string &correlation,
+                                       std::chrono::milliseconds limit = LIMIT);
     // How many messages received match; they are not forgotten.
     size_t count(const Match &match);
 

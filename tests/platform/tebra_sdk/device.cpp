@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "device.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+Diary diary;
+Gate gate;
+
+namespace {
+
+std::mutex state_mutex;
+std::string echo_value = "{}";
+std::vector<OpenCall> calls;
+
+void copy(char *to, int size, const std::string &text) {
+    snprintf(to, static_cast<size_t>(size), "%s", text.c_str());
+}
+
+int echo_set(const char *, const char *value, char *, int) {
+    std::lock_guard lock(state_mutex);
+    echo_value = value;
+    return 0;
+}
+
+int echo_get(const char *, char *output, int length) {
+    std::lock_guard lock(state_mutex);
+    copy(output, length, echo_value);
+    return 0;
+}
+
+int locked_set(const char *context, const char *, char *reply, int length) {
+    copy(reply, length, std::string(context) + " is locked");
+    return 7;
+}
+
+int locked_get(const char *, char *, int) {
+    return -1;
+}
+
+// Fills the whole buffer and does not terminate it.
+int full_get(const char *, char *output, int length) {
+    memset(output, 'x', static_cast<size_t>(length));
+    return 0;
+}
+
+int slow_get(const char *, char *output, int length) {
+    gate.pass();
+    copy(output, length, "{\"slow\":1}");
+    return 0;
+}
+
+int echo_call(uint32_t handle, uint32_t request, void *, void *, const char *parameters) {
+    std::string text = parameters ? parameters : "{\"parameters\":null}";
+    diary.write("echo " +
+                std::to_string(TEBRA_SDK_Handle_Response(handle, request, 200, text.c_str(), "echo")));
+    diary.write("again " + std::to_string(TEBRA_SDK_Handle_Response(handle, request, 200, "{}", "echo")));
+    return 0;
+}
+
+int refuse_call(uint32_t handle, uint32_t request, void *, void *, const char *) {
+    return TEBRA_SDK_Handle_Response(handle, request, 402, nullptr, nullptr);
+}
+
+int text_call(uint32_t handle, uint32_t request, void *, void *, const char *) {
+    return TEBRA_SDK_Handle_Response(handle, request, 200, "no \"JSON\"", "text");
+}
+
+int later_call(uint32_t handle, uint32_t request, void *, void *, const char *parameters) {
+    std::lock_guard lock(state_mutex);
+    calls.push_back({handle, request, parameters ? parameters : ""});
+    diary.write("later");
+    return 0;
+}
+
+int upgrade(void *, void *, void *, const char *url, const char *md5, const char *version,
+            const char *strategy) {
+    diary.write(std::string("upgrade ") + url + "|" + md5 + "|" + version + "|" + strategy);
+    gate.pass();
+    return atoi(version);
+}
+
+template <char Letter>
+int write_init() {
+    diary.write(std::string("init ") + Letter + (get_connect_state() ? " connected" : ""));
+    return Letter == 'c' ? -1 : 0; // a slot that fails does not keep the others from running
+}
+template <char Letter>
+int write_hook() {
+    diary.write(std::string("hook ") + Letter + (get_connect_state() ? "" : " not connected"));
+    return 0;
+}
+int write_online() {
+    diary.write("online");
+    return 0;
+}
+int write_report() {
+    diary.write("report");
+    return 0;
+}
+
+const property_row PROPERTIES[] = {
+    {"echo", write_init<'a'>, echo_set, echo_get, write_hook<'a'>, nullptr, write_report},
+    {"locked", nullptr, locked_set, locked_get, nullptr, nullptr, nullptr},
+    {"full", write_init<'c'>, nullptr, full_get, nullptr, nullptr, nullptr},
+    {"slow", write_init<'d'>, nullptr, slow_get, write_hook<'d'>, nullptr, nullptr},
+    {"blank", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
+    {},
+};
+const service_row SERVICES[] = {
+    {"echo", nullptr, echo_call},   {"refuse", nullptr, refuse_call}, {"text", nullptr, text_call},
+    {"later", nullptr, later_call}, {"blank", nullptr, nullptr},      {},
+};
+const other_handle_table OTHER = {write_online, {}};
+
+} // namespace
+
+void Diary::write(const std::string &line) {
+    std::lock_guard lock(mutex_);
+    lines_.push_back(line);
+    changed_.notify_all();
+}
+
+std::vector<std::string> Diary::lines() {
+    std::lock_guard lock(mutex_);
+    return lines_;
+}
+
+size_t Diary::count(const std::string &line) {
+    std::lock_guard lock(mutex_);
+    return static_cast<size_t>(std::count(lines_.begin(), lines_.end(), line));
+}
+
+bool Diary::wait(const std::string &line, size_t times) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, test_mqtt::Client::LIMIT, [&] {
+        return static_cast<size_t>(std::count(lines_.begin(), lines_.end(), line)) >= times;
+    });
+}
+
+void Gate::open() {
+    std::lock_guard lock(mutex_);
+    open_ = true;
+    opened_.notify_all();
+}
+
+void Gate::pass() {
+    std::unique_lock lock(mutex_);
+    opened_.wait(lock, [this] { return open_; });
+}
+
+std::vector<OpenCall> open_calls() {
+    std::lock_guard lock(state_mutex);
+    return calls;
+}
+
+global_config device_record() {
+    global_config config = {};
+    strcpy(config.product_key, "product1");
+    strcpy(config.serial_number, "serial1");
+    strcpy(config.mac, "A1:B2:C3:D4:E5:F6");
+    strcpy(config.software_version, "1.2.3");
+    strcpy(config.cache_file_path, "/tmp/sdk.cache");
+    strcpy(config.log_file_path, "/tmp/sdk.log");
+    config.property_map = PROPERTIES;
+    config.service_map = SERVICES;
+    config.other_handle = &OTHER;
+    config.upgrade = upgrade;
+    config.interval = 300;
+    return config;
+}
+
+SdkTest::SdkTest() {
+    setenv("TEBRA_SDK_BROKER", broker.socket().c_str(), 1);
+}
+
+void SdkTest::start() {
+    ASSERT_TRUE(broker.running());
+    client.emplace(broker.socket());
+    ASSERT_TRUE(client->subscribe("tebra/#"));
+    ASSERT_EQ(start_sdk(&config), 0);
+    ASSERT_TRUE(diary.wait("online"));
+}
+
+std::string SdkTest::answer(const std::string &topic, const std::string &payload) {
+    std::optional<test_mqtt::Message> message = request(topic, payload);
+    return message ? message->code + " " + message->payload : "no answer";
+}

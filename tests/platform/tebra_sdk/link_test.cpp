@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+// The link's life: coming up, what the device says by itself, loss and return, death.
+#include "device.h"
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+const std::string ONLINE = R"({"online":true,"mac":"A1:B2:C3:D4:E5:F6","softwareVersion":"1.2.3",)"
+                           R"("hardwareVersion":"","vendor":"","areaCode":""})";
+const std::string OFFLINE = "{\"online\":false}";
+
+TEST_F(SdkTest, SlotsAreCalledInOrder) {
+    setenv("TEBRA_SDK_REPORT_SECONDS", "1", 1);
+    start();
+    auto greeted = std::chrono::steady_clock::now();
+    ASSERT_TRUE(diary.wait("report", 2));
+    auto reported = std::chrono::steady_clock::now();
+    std::vector<std::string> expected = {"init a", "init c", "init d", "hook a",
+                                         "hook d", "online", "report", "report"};
+    std::vector<std::string> lines = diary.lines();
+    lines.resize(expected.size());
+    EXPECT_EQ(lines, expected);
+    EXPECT_GE(reported - greeted,
+              std::chrono::milliseconds(1800)); // two periods, the first begun before `greeted`
+}
+
+TEST_F(SdkTest, PublicationsArrive) {
+    start();
+    EXPECT_EQ(TEBRA_SDK_PostProperty("{\"p\":1}"), 0);
+    EXPECT_EQ(TEBRA_SDK_PostEvent("deviceConnet", "{\"e\":1}"), 0);
+    EXPECT_EQ(TEBRA_SDK_PostUpgress(-3), 0);
+    EXPECT_EQ(update_checkTime(1, 2, 3), 0);
+    const char *const expected[][2] = {
+        {"property/post", "{\"p\":1}"},
+        {"event/deviceConnet", "{\"e\":1}"},
+        {"upgrade/progress", "{\"progress\":-3}"},
+        {"checktime", R"({"otaCheckInterval":1,"minInterval":2,"maxInterval":3})"},
+    };
+    for (const auto &[topic, payload] : expected)
+        EXPECT_TRUE(client->wait(PREFIX + topic, payload)) << topic;
+    EXPECT_EQ(TEBRA_SDK_PostProperty(nullptr), -1);
+    EXPECT_EQ(TEBRA_SDK_PostEvent("a", nullptr), -1);
+    for (const char *name : {static_cast<const char *>(nullptr), "", "a/b", "+", "#", "a\x01", "\xff"})
+        EXPECT_EQ(TEBRA_SDK_PostEvent(name, "{}"), -1);
+}
+
+TEST_F(SdkTest, StatusAndCheckTimeAreKept) {
+    update_checkTime(4, 5, 6); // before there is a link
+    start();
+    test_mqtt::Client latecomer(broker.socket());
+    ASSERT_TRUE(latecomer.subscribe("tebra/+/+/+"));
+    for (const std::string topic : {"status", "checktime"}) {
+        auto message = latecomer.wait(PREFIX + topic);
+        ASSERT_TRUE(message) << topic;
+        EXPECT_TRUE(message->retain);
+        EXPECT_EQ(message->payload,
+                  topic == "status" ? ONLINE : R"({"otaCheckInterval":4,"minInterval":5,"maxInterval":6})");
+    }
+}
+
+TEST_F(SdkTest, TheLinkReturnsWithTheBroker) {
+    start();
+    for (size_t round = 2; round <= 3; round++) {
+        broker.stop();
+        while (get_connect_state())
+            usleep(1000);
+        EXPECT_EQ(TEBRA_SDK_PostProperty("{}"), -1);
+        EXPECT_EQ(TEBRA_SDK_PostUpgress(1), -1);
+        client.reset();
+        ASSERT_TRUE(broker.start());
+        client.emplace(broker.socket());
+        ASSERT_TRUE(diary.wait("online", round));
+        EXPECT_EQ(diary.count("hook a"), round);
+        EXPECT_EQ(answer("property/echo/get"), "0 {}");
+        EXPECT_EQ(TEBRA_SDK_PostProperty("{}"), 0);
+    }
+    EXPECT_EQ(diary.count("init a"), 1u);
+}
+
+TEST_F(SdkTest, TheBrokerMayComeLater) {
+    broker.stop();
+    EXPECT_EQ(start_sdk(&config), 0);
+    EXPECT_EQ(get_connect_state(), 0);
+    EXPECT_EQ(start_sdk(&config), -1); // once only
+    ASSERT_TRUE(broker.start());
+    EXPECT_TRUE(diary.wait("online"));
+    EXPECT_EQ(get_connect_state(), 1);
+}
+
+TEST_F(SdkTest, ADeadDeviceIsReportedOffline) {
+    pid_t device = fork(); // before there is any thread
+    if (device == 0) {
+        start_sdk(&config);
+        for (;;)
+            pause();
+    }
+    client.emplace(broker.socket());
+    ASSERT_TRUE(client->subscribe("tebra/#"));
+    EXPECT_TRUE(client->wait(PREFIX + "status", ONLINE));
+    kill(device, SIGKILL);
+    waitpid(device, nullptr, 0);
+    EXPECT_TRUE(client->wait(PREFIX + "status", OFFLINE));
+    test_mqtt::Client latecomer(broker.socket());
+    ASSERT_TRUE(latecomer.subscribe("tebra/#"));
+    auto kept = latecomer.wait(PREFIX + "status");
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->payload, OFFLINE);
+}
+
+TEST_F(SdkTest, TwoDevicesShareABroker) {
+    pid_t other = fork();
+    if (other == 0) {
+        strcpy(config.serial_number, "serial2");
+        start_sdk(&config);
+        for (;;)
+            pause();
+    }
+    start();
+    auto online = [](const auto &message) {
+        return message.topic == "tebra/product1/serial2/status" && message.payload == ONLINE;
+    };
+    EXPECT_TRUE(client->wait(online));
+    EXPECT_EQ(answer("property/echo/set", "{\"first\":1}"), "0 {\"code\":0}");
+    auto second = client->request("tebra/product1/serial2/property/echo/get", "");
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->payload, "{}");
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
+}
+
+} // namespace

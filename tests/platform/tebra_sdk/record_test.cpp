@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+// What start_sdk accepts: the record, the settings, the files that it writes.
+#include "device.h"
+
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace {
+
+std::string content(const char *path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+TEST_F(SdkTest, UnusableRecordsAreRefused) {
+    EXPECT_EQ(start_sdk(nullptr), -1);
+    for (const char *text : {"", "a/b", "a+", "#", "a\nb", "\xc3"})
+        for (bool product : {false, true}) {
+            global_config bad = config;
+            strcpy(product ? bad.product_key : bad.serial_number, text);
+            EXPECT_EQ(start_sdk(&bad), -1) << text;
+        }
+    EXPECT_TRUE(diary.lines().empty()); // no init slot has run
+    EXPECT_EQ(TEBRA_SDK_PostProperty("{}"), -1);
+    EXPECT_EQ(TEBRA_SDK_Handle_Response(1, 1, 200, "{}", "echo"), -1);
+    EXPECT_EQ(get_connect_state(), 0);
+}
+
+TEST_F(SdkTest, FieldsWithoutTerminatorEndWithTheField) {
+    memset(config.product_key, 'p', sizeof config.product_key);
+    memset(config.serial_number, 's', sizeof config.serial_number);
+    start();
+    EXPECT_TRUE(client->wait("tebra/" + std::string(64, 'p') + "/" + std::string(128, 's') + "/status"));
+}
+
+TEST_F(SdkTest, AnEmptyRecordStillConnects) {
+    config.property_map = nullptr;
+    config.service_map = nullptr;
+    config.other_handle = nullptr;
+    config.upgrade = nullptr;
+    client.emplace(broker.socket());
+    ASSERT_TRUE(client->subscribe("tebra/#"));
+    ASSERT_EQ(start_sdk(&config), 0);
+    ASSERT_TRUE(client->wait(PREFIX + "status"));
+    EXPECT_TRUE(answer("property/echo/get").ends_with("no such property\"}"));
+    EXPECT_TRUE(answer("service/echo").ends_with("no such service\"}"));
+    EXPECT_TRUE(answer("upgrade", R"({"url":"u","md5":"m"})").ends_with("takes no upgrade\"}"));
+}
+
+struct Setting {
+    const char *name;
+    const char *value;
+    int result;
+};
+
+void PrintTo(const Setting &setting, std::ostream *out) {
+    *out << setting.name << "=" << setting.value;
+}
+
+class Settings : public SdkTest, public testing::WithParamInterface<Setting> {};
+
+TEST_P(Settings, AreUsedOrRefused) {
+    setenv(GetParam().name, GetParam().value, 1);
+    test_mqtt::Broker on_network("/tmp/network", 1883, "listener 1884 ::1\n");
+    ASSERT_EQ(start_sdk(&config), GetParam().result);
+    if (GetParam().result != 0) return;
+    EXPECT_TRUE(diary.wait("online"));
+}
+
+const Setting SETTINGS[] = {
+    {"TEBRA_SDK_BROKER", "", 0},
+    {"TEBRA_SDK_BROKER", "localhost", 0},
+    {"TEBRA_SDK_BROKER", "127.0.0.1:1883", 0},
+    {"TEBRA_SDK_BROKER", "[::1]:1884", 0},
+    {"TEBRA_SDK_BROKER", "host:", -1},
+    {"TEBRA_SDK_BROKER", "host:0", -1},
+    {"TEBRA_SDK_BROKER", ":1883", -1},
+    {"TEBRA_SDK_BROKER", "host:65536", -1},
+    {"TEBRA_SDK_BROKER", "[::1", -1},
+    {"TEBRA_SDK_BROKER", "host:18x", -1},
+    {"TEBRA_SDK_REPORT_SECONDS", "0", -1},
+    {"TEBRA_SDK_CALL_SECONDS", "soon", -1},
+    {"TEBRA_SDK_CAFILE", "/tmp/absent.pem", -1},
+};
+INSTANTIATE_TEST_SUITE_P(, Settings, testing::ValuesIn(SETTINGS));
+
+TEST_F(SdkTest, CredentialsReachTheBroker) {
+    ASSERT_EQ(system("mosquitto_passwd -b -c /tmp/passwords device word"), 0);
+    test_mqtt::Broker guarded("/tmp/guarded", 0, "allow_anonymous false\npassword_file /tmp/passwords\n");
+    ASSERT_TRUE(guarded.running());
+    setenv("TEBRA_SDK_BROKER", guarded.socket().c_str(), 1);
+    setenv("TEBRA_SDK_USERNAME", "device", 1);
+    setenv("TEBRA_SDK_PASSWORD", "word", 1);
+    ASSERT_EQ(start_sdk(&config), 0);
+    EXPECT_TRUE(diary.wait("online"));
+}
+
+TEST_F(SdkTest, TheEnrolmentIsKeptPrivately) {
+    std::ofstream("/tmp/sdk.cache") << "an older and longer enrolment than the new one";
+    std::string secret = "s\"ecret";
+    set_device_secret(secret.c_str());
+    secret = "overwritten"; // the SDK has a copy
+    start();
+    EXPECT_EQ(content("/tmp/sdk.cache"), R"({"secret":"s\"ecret"})");
+    struct stat facts = {};
+    ASSERT_EQ(stat("/tmp/sdk.cache", &facts), 0);
+    EXPECT_EQ(facts.st_mode & 0777, 0600u);
+    EXPECT_NE(content("/tmp/sdk.log"), "");
+    EXPECT_EQ(content("/tmp/sdk.log").find("ecret"), std::string::npos);
+}
+
+TEST_F(SdkTest, WithoutASecretTheEnrolmentStays) {
+    std::ofstream("/tmp/sdk.cache") << "kept";
+    set_device_secret(nullptr);
+    start();
+    EXPECT_EQ(content("/tmp/sdk.cache"), "kept");
+}
+
+TEST_F(SdkTest, FilesThatCannotBeWrittenDoNotStopTheLink) {
+    strcpy(config.cache_file_path, "/absent/sdk.cache");
+    strcpy(config.log_file_path, "/absent/sdk.log");
+    set_device_secret("secret");
+    start();
+    EXPECT_EQ(answer("property/echo/get"), "0 {}");
+}
+
+} // namespace

@@ -64,6 +64,18 @@ Transfer &Transfer::post(const char *body, size_t length) {
     return *this;
 }
 
+Transfer &Transfer::put(FILE *file, curl_off_t length) {
+    curl_easy_setopt(get(), CURLOPT_UPLOAD, 1L);
+    curl_easy_setopt(get(), CURLOPT_READDATA, file);
+    curl_easy_setopt(get(), CURLOPT_INFILESIZE_LARGE, length);
+    return *this;
+}
+
+Transfer &Transfer::multipart(curl_mime *parts) {
+    curl_easy_setopt(get(), CURLOPT_MIMEPOST, parts);
+    return *this;
+}
+
 Transfer &Transfer::write_with(Callback callback, void *destination) {
     curl_easy_setopt(get(), CURLOPT_WRITEFUNCTION, callback);
     curl_easy_setopt(get(), CURLOPT_WRITEDATA, destination);
@@ -72,6 +84,11 @@ Transfer &Transfer::write_with(Callback callback, void *destination) {
 
 Transfer &Transfer::write_to(FILE *file) {
     curl_easy_setopt(get(), CURLOPT_WRITEDATA, file);
+    return *this;
+}
+
+Transfer &Transfer::web_only() {
+    curl_easy_setopt(get(), CURLOPT_PROTOCOLS_STR, "http,https");
     return *this;
 }
 

@@ -42,8 +42,11 @@ class Transfer {
     Transfer &header(const char *line); // kept until take_headers
     Transfer &take_headers();
     Transfer &post(const char *body, size_t length); // the body is not copied
+    Transfer &put(FILE *file, curl_off_t length);    // from where the file stands
+    Transfer &multipart(curl_mime *parts);           // of this transfer; stays the caller's
     Transfer &write_with(Callback callback, void *destination);
     Transfer &write_to(FILE *file);
+    Transfer &web_only();       // nothing but http and https
     Transfer &unverified();     // neither certificate nor host name of the server
     Transfer &progress_meter(); // libcurl's, on stderr
     Transfer &no_signals();

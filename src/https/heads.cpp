@@ -21,15 +21,7 @@ struct Head {
     int body_size, sign_size, url_size;
 };
 
-// What all bodies say of their sender.
-struct Sender {
-    register_config_record registration;
-    char name[32];     // the serial number or, without one, the MAC's digits
-    char version[128]; // of the running software
-    long timestamp;
-};
-
-void load_identity(const char *object, Sender *sender) {
+void load_identity(const char *object, RequestSender *sender) {
     JsonRoot root;
     json_object *info = get_dev_info(object, "get", &root);
     copy_text(sender->name, _json_get_str(info, "sn"));
@@ -45,29 +37,10 @@ void load_identity(const char *object, Sender *sender) {
 struct HeadKind {
     const char *identity_object;
     char (register_config_record::*address)[128];
-    int (*add_members)(json_object *body, const Sender &sender);
+    int (*add_members)(json_object *body, const RequestSender &sender);
 };
 
-// Fills address and signature.
-int sign_head(const Head &head, const HeadKind &kind, Sender *sender, LogSite site) {
-    const register_config_record &registration = sender->registration;
-    if (get_qvtkRegister_info(&sender->registration) != 0) {
-        LOG_AT(site, "get sign fail");
-        return HEAD_SIGN_FAILED;
-    }
-    if (head.url && head.url_size > 0)
-        copy_text(head.url, static_cast<size_t>(head.url_size), registration.*kind.address);
-    load_identity(kind.identity_object, sender);
-    sender->timestamp = now_seconds();
-    if (get_sign(registration.product_key, sender->name, registration.device_secret, head.sign,
-                 head.sign_size, sender->timestamp) != 0) {
-        LOG_AT(site, "get sign fail");
-        return HEAD_SIGN_FAILED;
-    }
-    return HEAD_OK;
-}
-
-int fill_body(const Head &head, const HeadKind &kind, const Sender &sender, LogSite site) {
+int fill_body(const Head &head, const HeadKind &kind, const RequestSender &sender, LogSite site) {
     JsonRoot body(json_object_new_object());
     if (!body) {
         LOG_AT(site, "create json obj fail");
@@ -92,22 +65,25 @@ int build_head(const Head &head, const HeadKind &kind, LogSite site) {
         LOG_AT(site, "param is error");
         return HEAD_BAD_ARGUMENT;
     }
-    Sender sender;
-    int result = sign_head(head, kind, &sender, site);
-    return result != HEAD_OK ? result : fill_body(head, kind, sender, site);
+    RequestSender sender;
+    int result = sign_request(kind.identity_object, &sender, head.sign, head.sign_size, site);
+    if (result != HEAD_OK) return result;
+    if (head.url && head.url_size > 0)
+        copy_text(head.url, static_cast<size_t>(head.url_size), sender.registration.*kind.address);
+    return fill_body(head, kind, sender, site);
 }
 
-int add_runtimes(json_object *body, const Sender &) {
+int add_runtimes(json_object *body, const RequestSender &) {
     JsonRoot list(runtimeList_report()); // the member is left out when there is no list
     if (JsonSetObj(body, nullptr, "runtimeList", list.get())) (void)list.release();
     return HEAD_OK;
 }
 
-int add_nothing(json_object *, const Sender &) {
+int add_nothing(json_object *, const RequestSender &) {
     return HEAD_OK;
 }
 
-int add_upgrade_outcome(json_object *body, const Sender &sender) {
+int add_upgrade_outcome(json_object *body, const RequestSender &sender) {
     constexpr int64_t DONE = 120, FAILED = -1;
     char recorded[128] = {};
     char strategy[32] = {};
@@ -122,6 +98,23 @@ int add_upgrade_outcome(json_object *body, const Sender &sender) {
 }
 
 } // namespace
+
+int sign_request(const char *identity_object, RequestSender *sender, char *sign, int sign_size,
+                 LogSite site) {
+    const register_config_record &registration = sender->registration;
+    if (get_qvtkRegister_info(&sender->registration) != 0) {
+        LOG_AT(site, "get sign fail");
+        return HEAD_SIGN_FAILED;
+    }
+    load_identity(identity_object, sender);
+    sender->timestamp = now_seconds();
+    if (get_sign(registration.product_key, sender->name, registration.device_secret, sign, sign_size,
+                 sender->timestamp) != 0) {
+        LOG_AT(site, "get sign fail");
+        return HEAD_SIGN_FAILED;
+    }
+    return HEAD_OK;
+}
 
 int post_runtime_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size) {
     return build_head({body, sign, url, body_size, sign_size, url_size},

@@ -2,6 +2,9 @@
 // Body, signature and address of the requests that the helper programs send. Any thread.
 #pragma once
 
+#include "core/log.h"
+#include "core/registration.h"
+
 enum HeadResult {
     HEAD_OK = 0,
     HEAD_SIGN_FAILED = 100001, // registration or signature failed; no line in the upgrade log
@@ -18,6 +21,17 @@ enum HeadResult {
 int post_runtime_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
 int post_timecontrol_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
 int post_upgradeprogress_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
+
+// Who sends a request, and when.
+struct RequestSender {
+    register_config_record registration;
+    char name[32];     // the serial number or, without one, the MAC's twelve digits
+    char version[128]; // of the running software, when the object tells it
+    long timestamp;    // seconds since the epoch
+};
+// Loads the sender, its identity from the bus object, and signs for now. Returns a HeadResult.
+int sign_request(const char *identity_object, RequestSender *sender, char *sign, int sign_size,
+                 LogSite site = LogSite::here());
 
 // Version and strategy of the last upgrade that the upgrade log at `path` tells of. Returns a HeadResult.
 int get_upgrade_info(const char *path, char *version, char *strategy, int version_size, int strategy_size);

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// common_put_file FILE: HTTP PUT of the file to the address in /tmp/url.txt.
+#include <cstdlib>
+#include <sys/stat.h>
+
+#include "core/handles.h"
+#include "helper.h"
+
+namespace {
+
+bool put_file(const char *path) {
+    std::string address;
+    if (!read_address(&address)) return false;
+    FileHandle file(fopen(path, "rbe"));
+    struct stat status = {};
+    if (!file || fstat(fileno(file.get()), &status) != 0) return fail("cannot read %s", path);
+    if (!S_ISREG(status.st_mode)) return fail("%s is not a file", path);
+    Transfer transfer;
+    if (transfer)
+        transfer
+            .header("Expect:") // servers that ignore it cost a second
+            .take_headers()
+            .put(file.get(), status.st_size);
+    Answer answer = {.text = {}, .limit = REPLY_LIMIT};
+    return exchange(&transfer, address.c_str(), &answer);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    start_helper("common_put_file");
+    if (argc != 2) return wrong_usage("common_put_file FILE (PUT to the address in /tmp/url.txt)");
+    return put_file(argv[1]) ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -22,8 +22,7 @@ bool read_hello(ubus_context *ctx) {
     Deadline deadline(HELLO_TIMEOUT_MILLIS);
     wire::Message hello;
     while (!next_message(ctx, &hello)) {
-        if (ctx->sock.eof || !wait_socket(ctx, POLLIN, deadline))
-            return false;
+        if (ctx->sock.eof || !wait_socket(ctx, POLLIN, deadline)) return false;
         read_socket(ctx);
     }
     ctx->local_id = hello.header.peer;

@@ -23,7 +23,7 @@ struct UbusMethod {
     std::vector<std::pair<std::string, int>> arguments; // name, BLOBMSG_TYPE_...; listed, not enforced
 };
 
-class UbusServer;
+class Broker;
 
 // A call that waits for its answer. Copies stand for the same call. The answer may be given at once or at any
 // later time on the server's thread; the first finish wins, what comes after it or after the caller has gone
@@ -41,7 +41,7 @@ class UbusInvocation {
     void finish(int code) const;              // the STATUS
 
   private:
-    friend class UbusServer;
+    friend class Broker;
     struct Call;
     std::shared_ptr<Call> call;
 };

@@ -15,7 +15,7 @@
 // of them, and a pointer through any of them reaches it: /vrop.webwifisimple/wifi24ssid is
 // /vrop.wifi.1.ap/0/ssid.
 //
-// Every function may be called from any thread at any time, but not from a handler of the bus itself. Errors
+// Every function may be called from any thread, but start() and stop() not at once with others. Errors
 // (broken JSON, a pointer that leads nowhere, a socket that cannot be bound) are thrown as
 // std::runtime_error.
 #pragma once
@@ -59,8 +59,8 @@ struct Fault {
 
 class Router {
   public:
-    // Starts from the given state (JSON text), home_state() when it is empty.
-    explicit Router(const std::string &state_json = {});
+    // Starts from home_state(), changed by a merge patch (RFC 7396): members given replace, null removes.
+    explicit Router(const std::string &patch = "{}");
     ~Router(); // stops
     Router(const Router &) = delete;
     Router &operator=(const Router &) = delete;

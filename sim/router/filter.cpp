@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+// The MAC filter.
+#include <algorithm>
+
+#include "sim/router/world.h"
+
+namespace router {
+namespace {
+
+constexpr char SWITCH[] = "/vrop.firewall.filter/switch";
+constexpr char ENTRIES[] = "/vrop.firewall.filter/macfilterLists";
+constexpr std::size_t ENTRY_LIMIT = 64;
+
+constexpr Field LIST = required(choice("filterOp", "black|white"));
+constexpr Field TYPE = required(choice("filterType", "mac"));
+constexpr Field PLATFORM = integer("platform", 0, 1);
+constexpr Field SET[] = {required(flag("switch")), LIST};
+constexpr Field ADD[] = {
+    LIST, TYPE, required(flag("enable")), integer("protocol", 0, 2), required(mac("mac")), PLATFORM};
+constexpr Field DELETE[] = {TYPE, required(integer("index", 0, 0x7fffffff)), PLATFORM};
+
+JsonRoot add_entry(World &world, const Request &request) {
+    json_object *entries = world.state.at(ENTRIES);
+    if (length_of(entries) >= ENTRY_LIMIT) throw Refused("vrop.firewall.filter list is full");
+    if (index_of_mac(entries, text_of(request.arguments, "mac")) >= 0) throw Refused("mac exists");
+    int highest = -1;
+    for (std::size_t i = 0; i < length_of(entries); i++)
+        highest = std::max(highest, integer_of(element(entries, i), "index"));
+    JsonRoot entry = copy_json(request.arguments);
+    put(entry.get(), "index", highest + 1);
+    json_object_array_add(entries, entry.release());
+    return result();
+}
+
+JsonRoot delete_entry(World &world, const Request &request) {
+    json_object *entries = world.state.at(ENTRIES);
+    int at = index_of(entries, "index", integer_of(request.arguments, "index"));
+    if (at < 0) throw Refused("vrop.firewall.filter." + text_of(request.arguments, "index") + " not found");
+    json_object_array_del_idx(entries, static_cast<std::size_t>(at), 1);
+    return result();
+}
+
+JsonRoot set_switch(World &world, const Request &request) {
+    world.state.set(SWITCH, integer_of(request.arguments, "switch"));
+    world.state.set("/vrop.firewall.filter/filterOp", text_of(request.arguments, "filterOp"));
+    return result();
+}
+
+constexpr Method ROWS[] = {
+    {"vrop.firewall.filter", "get", {}, show, "MAC filter: switch and macfilterLists"},
+    {"vrop.firewall.filter", "filterSet", SET, set_switch, "switch it, as block list or as allow list"},
+    {"vrop.firewall.filter", "filterAdd", ADD, add_entry, "the daemon gives the entry its index"},
+    {"vrop.firewall.filter", "filterDelete", DELETE, delete_entry, "delete the entry of that index"},
+};
+
+} // namespace
+
+Methods filter_methods() {
+    return ROWS;
+}
+
+} // namespace router

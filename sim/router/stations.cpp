@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+// The client devices: names, rates, and their coming and going.
+#include "sim/router/world.h"
+
+namespace router {
+namespace {
+
+constexpr char STATIONS[] = "/vrop.laninfo";
+constexpr int RATE_LIMIT = 10'000'000;
+
+constexpr Field STATION = required(steering(mac("mac")));
+constexpr Field BY_MAC[] = {STATION};
+constexpr Field SETTINGS[] = {STATION, text("devname", 0, 127), flag("limitrateswitch"),
+                              integer("dsbandwidth", 0, RATE_LIMIT), integer("usbandwidth", 0, RATE_LIMIT)};
+
+// The place of a station; "" when there is none of that MAC.
+std::string place_of_station(const World &world, const std::string &mac) {
+    int at = index_of_mac(world.state.find(STATIONS), mac);
+    return at < 0 ? "" : std::string(STATIONS) + "/" + std::to_string(at);
+}
+
+JsonRoot get_station(World &world, const Request &request) {
+    const std::string place = place_of_station(world, text_of(request.arguments, "mac"));
+    if (place.empty()) return unknown_reply();
+    JsonRoot reply = new_object();
+    put(reply.get(), "result", 0);
+    put(reply.get(), request.row.object, world.state.view(place));
+    return reply;
+}
+
+JsonRoot set_station_settings(World &world, const Request &request) {
+    const std::string place = place_of_station(world, text_of(request.arguments, "mac"));
+    if (place.empty()) throw Refused("vrop.laninfo.sta." + text_of(request.arguments, "mac") + " not found");
+    store_at(world, place, request);
+    return result();
+}
+
+// The SSID of a station on a radio.
+std::string ssid_of(const World &world, const std::string &radio) {
+    if (radio == "2.4G") return world.state.text("/vrop.wifi.1.ap/0/ssid");
+    return radio == "5G" ? world.state.text("/vrop.wifi.2.ap/0/ssid") : "";
+}
+
+void add_station(World &world, const std::string &mac) {
+    json_object *stations = world.state.at(STATIONS);
+    const std::size_t number = 101 + length_of(stations);
+    JsonRoot station = new_object();
+    put(station.get(), "mac", mac);
+    put(station.get(), "ipaddr", "192.168.10." + std::to_string(number));
+    put(station.get(), "devname", std::string());
+    put(station.get(), "hostname", "station-" + std::to_string(number));
+    for (const char *name : {"limitrateswitch", "usbandwidth", "dsbandwidth"})
+        put(station.get(), name, 0);
+    for (const char *name : {"rxrate", "txrate"})
+        put(station.get(), name, std::string("0.00"));
+    put(station.get(), "statype", std::string("other"));
+    json_object_array_add(stations, station.release());
+}
+
+constexpr Method ROWS[] = {
+    {"vrop.laninfo",
+     "list",
+     {},
+     show,
+     "client devices; radio 2.4G, 5G, mesh or 0 (cable); uptime in seconds"},
+    {"vrop.laninfo.sta", "getbymac", BY_MAC, get_station, "one client device", STATIONS},
+    {"vrop.laninfo.sta", "set", SETTINGS, set_station_settings, "name it, limit its rates (kbit/s)",
+     STATIONS},
+};
+
+} // namespace
+
+Methods station_methods() {
+    return ROWS;
+}
+
+void set_station(World &world, const std::string &mac, const std::string &radio) {
+    if (place_of_station(world, mac).empty()) {
+        if (radio.empty()) throw Refused("station " + mac + " not found");
+        add_station(world, mac);
+    }
+    const std::string place = place_of_station(world, mac);
+    if (radio.empty()) { // a station that is away has no uptime
+        world.state.set(place + "/active", 0);
+        world.state.erase(place + "/uptime");
+        return;
+    }
+    world.state.set(place + "/active", 1);
+    world.state.set(place + "/uptime", 0);
+    world.state.set(place + "/radio", radio);
+    world.state.set(place + "/ssid", ssid_of(world, radio));
+}
+
+void elapse_stations(World &world, int seconds) {
+    json_object *stations = world.state.at(STATIONS);
+    for (std::size_t i = 0; i < length_of(stations); i++) {
+        json_object *station = element(stations, i);
+        if (integer_of(station, "active") && member(station, "uptime"))
+            put(station, "uptime", integer_of(station, "uptime") + seconds);
+    }
+}
+
+} // namespace router

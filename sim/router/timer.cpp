@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// The timer service: tasks that the daemon would carry out at a time of day. They are kept, not carried out.
+#include <algorithm>
+
+#include "sim/router/world.h"
+
+namespace router {
+namespace {
+
+constexpr char TASKS[] = "/vrop.timer";
+constexpr std::size_t TASK_LIMIT = 16;
+constexpr int ALL_OF_ACTION = -1111; // as a task id: every task of the action
+
+constexpr Field ACTION = required(choice("action", "ToReboot|ToLedMode|ToWifi"));
+constexpr Field START = integer("timeoffset", 0, 86399); // seconds after midnight
+constexpr Field END = integer("timeoffset2", 0, 86399);
+constexpr Field WEEK = integer("week", 0, 255); // a bit per day, bit 0 is Sunday
+constexpr Field SSID_INDEX = integer("ssidindex", 0, 15);
+constexpr Field ADD[] = {ACTION, required(START), END, required(flag("enable")), required(WEEK), SSID_INDEX};
+constexpr Field MODIFY[] = {
+    ACTION,    required(steering(integer("taskid", 0, 0x7fffffff))), START, END, flag("enable"), WEEK,
+    SSID_INDEX};
+constexpr Field DELETE[] = {ACTION, required(integer("taskid", ALL_OF_ACTION, 0x7fffffff))};
+
+int free_id(json_object *tasks) {
+    int highest = 0;
+    for (std::size_t i = 0; i < length_of(tasks); i++)
+        highest = std::max(highest, integer_of(element(tasks, i), "taskid"));
+    return highest + 1;
+}
+
+JsonRoot add_task(World &world, const Request &request) {
+    json_object *tasks = world.state.at(TASKS);
+    if (length_of(tasks) >= TASK_LIMIT) throw Refused("vrop.timer list is full");
+    JsonRoot task = copy_json(request.arguments);
+    put(task.get(), "taskid", free_id(tasks));
+    json_object_array_add(tasks, task.release());
+    return result();
+}
+
+// The index of the task of that id and action; throws Refused when there is none.
+int find_task(const World &world, const Request &request) {
+    json_object *tasks = world.state.at(TASKS);
+    int at = index_of(tasks, "taskid", integer_of(request.arguments, "taskid"));
+    const auto index = static_cast<std::size_t>(at);
+    if (at < 0 || text_of(element(tasks, index), "action") != text_of(request.arguments, "action"))
+        throw Refused("vrop.timer." + text_of(request.arguments, "taskid") + " not found");
+    return at;
+}
+
+JsonRoot modify_task(World &world, const Request &request) {
+    int at = find_task(world, request);
+    store_at(world, std::string(TASKS) + "/" + std::to_string(at), request);
+    return result();
+}
+
+JsonRoot delete_task(World &world, const Request &request) {
+    json_object *tasks = world.state.at(TASKS);
+    if (integer_of(request.arguments, "taskid") != ALL_OF_ACTION) {
+        json_object_array_del_idx(tasks, static_cast<std::size_t>(find_task(world, request)), 1);
+        return result();
+    }
+    const std::string action = text_of(request.arguments, "action");
+    for (std::size_t i = length_of(tasks); i-- > 0;)
+        if (text_of(element(tasks, i), "action") == action) json_object_array_del_idx(tasks, i, 1);
+    return result();
+}
+
+constexpr Method ROWS[] = {
+    {"vrop.timer",
+     "list",
+     {},
+     show,
+     "tasks; times in seconds after midnight, week a bit per day, bit 0 Sunday"},
+    {"vrop.timer", "add", ADD, add_task, "the daemon gives the task its id"},
+    {"vrop.timer", "delete", DELETE, delete_task, "taskid -1111: all tasks of the action"},
+    {"vrop.timer.modify", "set", MODIFY, modify_task, "change the task of that action and id", TASKS},
+};
+
+} // namespace
+
+Methods timer_methods() {
+    return ROWS;
+}
+
+} // namespace router

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sim/router/world.h"
+
+#include <algorithm>
+
+namespace router {
+namespace {
+
+constexpr std::size_t CALLS_KEPT = 4096;
+
+JsonRoot refusal(const std::string &reason) {
+    JsonRoot reply = result("1");
+    put(reply.get(), "failreason", reason);
+    return reply;
+}
+
+} // namespace
+
+std::vector<Method> all_methods() {
+    std::vector<Method> rows;
+    for (Methods subject :
+         {identity_methods(), wifi_methods(), apclient_methods(), guest_methods(), wan_methods(),
+          timer_methods(), station_methods(), filter_methods(), parental_methods(), rule_methods(),
+          diagnosis_methods(), firmware_methods(), simulation_methods()})
+        rows.insert(rows.end(), subject.begin(), subject.end());
+    return rows;
+}
+
+World::World(const std::string &patch) : methods(all_methods()), state(home_state()) {
+    state.merge(patch);
+    factory_state = json_text(state.root());
+}
+
+const Method *World::find(const std::string &object, const std::string &method) const {
+    auto row = std::find_if(methods.begin(), methods.end(), [&](const Method &candidate) {
+        return object == candidate.object && method == candidate.name;
+    });
+    return row == methods.end() ? nullptr : &*row;
+}
+
+JsonRoot World::call(const Method &row, json_object *arguments) {
+    try {
+        check_arguments(row.fields, arguments);
+        return row.handler(*this, {row, arguments});
+    } catch (const Refused &refused) {
+        return refusal(refused.what());
+    }
+}
+
+void World::record(const Call &call) {
+    calls.push_back(call);
+    if (calls.size() > CALLS_KEPT) calls.pop_front();
+}
+
+void World::elapse(int seconds) {
+    state.set("/vrop.homewebinfo/uptime", state.integer("/vrop.homewebinfo/uptime") + seconds);
+    elapse_stations(*this, seconds);
+    elapse_guests(*this, seconds);
+    elapse_disconnections(*this, seconds);
+}
+
+void World::restart_router(int delay_millis) {
+    effects.later(delay_millis, [this] {
+        state.set("/vrop.homewebinfo/uptime", 0);
+        effects.restart(true);
+    });
+}
+
+void World::restore_factory_state() {
+    state = State(factory_state);
+}
+
+JsonRoot result(const char *value) {
+    JsonRoot reply = new_object();
+    put(reply.get(), "result", std::string(value));
+    return reply;
+}
+
+JsonRoot named_reply(const Request &request, JsonRoot value) {
+    JsonRoot reply = new_object();
+    put(reply.get(), request.row.key ? request.row.key : request.row.object, std::move(value));
+    return reply;
+}
+
+JsonRoot unknown_reply() {
+    JsonRoot reply = new_object();
+    put(reply.get(), "result", 1);
+    return reply;
+}
+
+std::string place_of(const Method &row) {
+    return row.place ? row.place : std::string("/") + row.object;
+}
+
+JsonRoot show(World &world, const Request &request) {
+    return named_reply(request, world.state.view(place_of(request.row)));
+}
+
+JsonRoot store(World &world, const Request &request) {
+    if (json_object_object_length(request.arguments) == 0) throw Refused("no parameter");
+    store_at(world, place_of(request.row), request);
+    return result();
+}
+
+void store_at(World &world, const std::string &place, const Request &request) {
+    for (const Field &field : request.row.fields)
+        if (json_object *value = member(request.arguments, field.name); value && field.stored)
+            world.state.set(place + "/" + field.name, copy_json(value));
+}
+
+std::string text_after(const World &world, const Request &request, const std::string &place,
+                       const char *name) {
+    json_object *value = member(request.arguments, name);
+    return value ? json_object_get_string(value) : world.state.text(place + "/" + name);
+}
+
+int integer_after(const World &world, const Request &request, const std::string &place, const char *name) {
+    return integer_of(request.arguments, name, world.state.integer(place + "/" + name));
+}
+
+int index_of(json_object *array, const char *name, int value) {
+    for (std::size_t i = 0; i < length_of(array); i++)
+        if (integer_of(element(array, i), name) == value) return static_cast<int>(i);
+    return -1;
+}
+
+int index_of_mac(json_object *array, const std::string &mac) {
+    for (std::size_t i = 0; i < length_of(array); i++)
+        if (same_mac(text_of(element(array, i), "mac"), mac)) return static_cast<int>(i);
+    return -1;
+}
+
+} // namespace router

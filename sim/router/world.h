@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// The configuration daemon without a bus: state, methods, faults, recorded calls, and time. Not locked;
+// whoever shares one between threads holds a lock around each call.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "sim/router/faults.h"
+#include "sim/router/router.h"
+#include "sim/router/schema.h"
+#include "sim/router/state.h"
+
+namespace router {
+
+class World;
+struct Method;
+
+struct Request {
+    const Method &row;
+    json_object *arguments; // an object that has passed check_arguments
+};
+
+// Carries a call out and gives its reply; throws Refused.
+using Handler = JsonRoot (*)(World &world, const Request &request);
+
+// One row per object and method: serves the publication on the bus, the dispatch, and routersim --list.
+struct Method {
+    const char *object;
+    const char *name;
+    Fields fields;
+    Handler handler;
+    const char *help;
+    const char *place = nullptr; // where in the state it works; null: the member named like the object
+    const char *key = nullptr;   // the reply's member; null: named like the object
+};
+using Methods = std::span<const Method>;
+
+// All rows, in the order in which they are listed.
+std::vector<Method> all_methods();
+
+// What the daemon does to the bus that it is published on.
+struct Effects {
+    // Runs an action on the daemon's thread, some milliseconds later.
+    std::function<void(int millis, std::function<void()> action)> later = [](int, const auto &action) {
+        action();
+    };
+    // Gives all objects new ids; with drop_clients the bus goes down and up as well.
+    std::function<void(bool drop_clients)> restart = [](bool) {};
+    // The set of absent objects has changed.
+    std::function<void()> republish = [] {};
+};
+
+class World {
+  public:
+    // The home of home.json, changed by a merge patch (RFC 7396).
+    explicit World(const std::string &patch);
+
+    // The row of a method; null when there is none.
+    const Method *find(const std::string &object, const std::string &method) const;
+    // Checks and carries out a call; a refusal is a reply too.
+    JsonRoot call(const Method &row, json_object *arguments);
+    void record(const Call &call);
+    // Lets time go by.
+    void elapse(int seconds);
+    // The router loses power for a moment: the clock of uptimes starts again, the bus goes down.
+    void restart_router(int delay_millis);
+    // Back to the state that it was made with.
+    void restore_factory_state();
+
+    const std::vector<Method> methods;
+    State state;
+    Faults faults;
+    std::deque<Call> calls;
+    Effects effects;
+
+  private:
+    std::string factory_state;
+};
+
+// Replies.
+JsonRoot result(const char *value = "0");
+JsonRoot named_reply(const Request &request, JsonRoot value);
+JsonRoot unknown_reply(); // of a "getby..." that finds nothing
+
+// Handlers that most objects share: the members at the row's place; stores the arguments there.
+JsonRoot show(World &world, const Request &request);
+JsonRoot store(World &world, const Request &request);
+
+std::string place_of(const Method &row);
+void store_at(World &world, const std::string &place, const Request &request);
+// The value that a setting will have if the call succeeds.
+std::string text_after(const World &world, const Request &request, const std::string &place,
+                       const char *name);
+int integer_after(const World &world, const Request &request, const std::string &place, const char *name);
+
+// Index in an array at a place of the first element whose member has the value; -1 when there is none.
+int index_of(json_object *array, const char *name, int value);
+int index_of_mac(json_object *array, const std::string &mac);
+
+// The subjects. Each file gives its rows.
+Methods identity_methods();
+Methods wifi_methods();
+Methods apclient_methods();
+Methods guest_methods();
+Methods wan_methods();
+Methods timer_methods();
+Methods station_methods();
+Methods filter_methods();
+Methods parental_methods();
+Methods rule_methods();
+Methods diagnosis_methods();
+Methods firmware_methods();
+Methods simulation_methods();
+
+// What time does to a subject.
+void elapse_guests(World &world, int seconds);
+void elapse_stations(World &world, int seconds);
+void elapse_disconnections(World &world, int seconds);
+
+// Changes of the world; throw Refused when they make no sense.
+void set_wan(World &world, bool up);
+void set_cable(World &world, bool in);
+void set_station(World &world, const std::string &mac, const std::string &radio);
+
+} // namespace router

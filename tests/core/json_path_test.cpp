@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/json_path.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+
+#include "core/handles.h"
+
+namespace {
+
+JsonRoot parse(const std::string &text) {
+    return JsonRoot(json_tokener_parse(text.c_str()));
+}
+
+std::string plain(json_object *document) {
+    return json_object_to_json_string_ext(document, JSON_C_TO_STRING_PLAIN);
+}
+
+const char DOCUMENT[] =
+    R"({"a":{"b":{"c":"text"},"n":12,"x.y":1},"t":"12","w":"word","f":2.9,"yes":true,"null":null,
+                            "big":9223372036854775807,"minus":-1,"list":[1,2],"o":{}})";
+
+TEST(JsonPath, Readers) {
+    struct Row {
+        const char *path;
+        std::optional<std::string> text;
+        int64_t number;
+        bool flag;
+    };
+    const Row rows[] = {
+        {"a.b.c", "text", 0, true},
+        {"a.n", "12", 12, true},
+        {"t", "12", 12, true},
+        {"w", "word", 0, true},
+        {"f", "2.9", 2, true},
+        {"yes", "true", 1, true},
+        {"big", "9223372036854775807", INT64_MAX, true},
+        {"minus", "-1", -1, true},
+        {"list", "[ 1, 2 ]", 0, false},
+        {"a.x.y", std::nullopt, -1, false}, // no escaping
+        {"list.0", std::nullopt, -1, false},
+        {"w.word", std::nullopt, -1, false},
+        {"null", std::nullopt, -1, false},
+        {"null.deeper", std::nullopt, -1, false},
+        {"missing", std::nullopt, -1, false},
+        {"a.missing.c", std::nullopt, -1, false},
+    };
+    JsonRoot document = parse(DOCUMENT);
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.path);
+        const char *text = JsonGetStr(document.get(), row.path);
+        EXPECT_EQ(text != nullptr ? std::optional<std::string>(text) : std::nullopt, row.text);
+        EXPECT_EQ(JsonGetInt64(document.get(), row.path), row.number);
+        EXPECT_EQ(JsonGetBool(document.get(), row.path), row.flag);
+        json_object *member = document.get();
+        EXPECT_EQ(JsonGetObj(document.get(), row.path, &member), row.text ? 1 : 0);
+        EXPECT_EQ(member != nullptr, row.text.has_value());
+
+        EXPECT_EQ(JsonGetStr(nullptr, row.path), nullptr);
+        EXPECT_EQ(JsonGetInt64(nullptr, row.path), -1);
+        EXPECT_EQ(JsonGetObj(nullptr, row.path, &member), 0);
+    }
+    json_object *itself = nullptr;
+    EXPECT_EQ(JsonGetObj(document.get(), nullptr, &itself), 1);
+    EXPECT_EQ(itself, document.get());
+}
+
+TEST(JsonPath, Writers) {
+    struct Row {
+        const char *before, *path, *key;
+        int result;
+        const char *after; // of a text "x"
+    };
+    const Row rows[] = {
+        {"{}", nullptr, "c", 1, R"({"c":"x"})"},
+        {"{}", "a.b", "c", 1, R"({"a":{"b":{"c":"x"}}})"},
+        {R"({"a":{"k":1}})", "a.b", "c", 1, R"({"a":{"k":1,"b":{"c":"x"}}})"},
+        {R"({"c":1})", nullptr, "c", 1, R"({"c":"x"})"},
+        {R"({"a":5})", "a.b", "c", 0, R"({"a":5})"},
+        {R"({"a":[]})", "a", "c", 0, R"({"a":[]})"},
+        {R"({"a":null})", "a.b", "c", 0, R"({"a":null})"},
+        {"[]", nullptr, "c", 0, "[]"},
+        {"[]", "a", "c", 0, "[]"},
+        {"{}", "a", nullptr, 0, "{}"},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(std::string(row.before) + " " + (row.path == nullptr ? "null" : row.path));
+        JsonRoot document = parse(row.before);
+        EXPECT_EQ(JsonSetStr(document.get(), row.path, row.key, "x"), row.result);
+        EXPECT_EQ(plain(document.get()), row.after);
+    }
+    EXPECT_EQ(JsonSetStr(nullptr, nullptr, "k", "x"), 0);
+}
+
+TEST(JsonPath, WritersOfEachType) {
+    JsonRoot document = parse("{}");
+    json_object *given = json_object_new_array();
+    EXPECT_EQ(JsonSetStr(document.get(), nullptr, "s", nullptr), 1);
+    EXPECT_EQ(JsonSetInt64(document.get(), nullptr, "i", INT64_MIN), 1);
+    EXPECT_EQ(JsonSetBool(document.get(), nullptr, "b", true), 1);
+    EXPECT_EQ(JsonSetObj(document.get(), "o", "k", given), 1);
+    EXPECT_EQ(plain(document.get()), R"({"s":"","i":-9223372036854775808,"b":true,"o":{"k":[]}})");
+
+    EXPECT_EQ(JsonSetObj(document.get(), nullptr, "n", nullptr), 0);
+    JsonRoot refused(json_object_new_object()); // stays ours
+    EXPECT_EQ(JsonSetObj(document.get(), "s.deeper", "k", refused.get()), 0);
+}
+
+TEST(JsonPath, CreatePath) {
+    JsonRoot document = parse(R"({"a":{"b":{}},"n":1})");
+    EXPECT_EQ(JsonCreatePath(nullptr, "a"), nullptr);
+    EXPECT_EQ(JsonCreatePath(document.get(), nullptr), document.get());
+    json_object *there = nullptr;
+    JsonGetObj(document.get(), "a.b", &there);
+    EXPECT_EQ(JsonCreatePath(document.get(), "a.b"), there);
+    EXPECT_EQ(JsonCreatePath(document.get(), "n.m"), nullptr);
+    // a path is cut at 239 characters
+    JsonCreatePath(document.get(), std::string(300, 'p').c_str());
+    EXPECT_EQ(JsonGetObj(document.get(), std::string(239, 'p').c_str(), &there), 1);
+}
+
+TEST(JsonPath, ReplyReaders) {
+    JsonRoot reply = parse(R"({"text":"12","number":7,"huge":5000000000,"null":null,"o":{"k":"v"}})");
+    struct Row {
+        const char *key;
+        const char *text;
+        int number;
+    };
+    const Row rows[] = {{"text", "12", 12}, {"number", "7", 7},          {"huge", "5000000000", INT32_MAX},
+                        {"null", "", 0},    {"o", R"({ "k": "v" })", 0}, {"missing", "", 0}};
+    for (const Row &row : rows) {
+        EXPECT_STREQ(_json_get_str(reply.get(), row.key), row.text);
+        EXPECT_EQ(_json_get_int(reply.get(), row.key), row.number);
+        EXPECT_STREQ(_json_get_str(nullptr, row.key), "");
+        EXPECT_EQ(_json_get_int(nullptr, row.key), 0);
+    }
+    JsonRoot number = parse("42");
+    EXPECT_STREQ(_json_get_str(number.get(), nullptr), "42");
+    EXPECT_STREQ(_json_get_str(number.get(), "key"), "");
+}
+
+} // namespace

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/log.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "support/moving_clock.h"
+#include "support/text_file.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::string console_of(const auto &action) {
+    testing::internal::CaptureStdout();
+    action();
+    fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
+struct Logger {
+    const char *name;
+    size_t kept; // characters of a message
+    void (*set_path)(const char *path);
+    const char *fallback;
+    void (*log)(const char *text);
+};
+
+const Logger LOGGERS[] = {
+    {"main", 16383, set_log_filepath, "/apvar/log/qvtk.log",
+     [](const char *text) { qvtk_log_to_file("%s", text); }},
+    {"upgrade", 2047, set_upgrade_log_filepath, "/apetc/rvxa/qvtk_upgrade.log",
+     [](const char *text) { qvtk_log_to_file_upgrade("%s", text); }},
+};
+
+TEST(Log, CutsLongMessagesAndEndsEachWithOneNewline) {
+    for (const Logger &logger : LOGGERS) {
+        SCOPED_TRACE(logger.name);
+        logger.set_path("/tmp/log");
+        for (size_t length : {size_t{0}, logger.kept - 1, logger.kept, logger.kept + 1, 3 * logger.kept}) {
+            unlink("/tmp/log");
+            logger.log(std::string(length, 'x').c_str());
+            EXPECT_EQ(text_of("/tmp/log"), std::string(std::min(length, logger.kept), 'x') + "\n") << length;
+        }
+    }
+    EXPECT_EQ(console_of([] { qvtk_log("%s", std::string(5000, 'x').c_str()); }),
+              std::string(2047, 'x') + "\n");
+}
+
+TEST(Log, IsEmptiedByTheLineAfterTheCeiling) {
+    for (const Logger &logger : LOGGERS) {
+        SCOPED_TRACE(logger.name);
+        logger.set_path("/tmp/log");
+        for (long size : {LOG_SIZE_CEILING, LOG_SIZE_CEILING + 1}) {
+            std::ofstream("/tmp/log") << std::string(static_cast<size_t>(size), '.');
+            logger.log("next");
+            EXPECT_EQ(text_of("/tmp/log").size(),
+                      size > LOG_SIZE_CEILING ? 5u : static_cast<size_t>(size) + 5u);
+        }
+    }
+}
+
+TEST(Log, GoesToTheDefaultWithoutAPathAndKeeps127CharactersOfOne) {
+    const std::string long_path = "/tmp/" + std::string(200, 'p');
+    for (const Logger &logger : LOGGERS)
+        for (const char *path : {static_cast<const char *>(nullptr), "", long_path.c_str()}) {
+            SCOPED_TRACE(logger.name);
+            logger.set_path(path);
+            logger.log("line");
+            std::string expected =
+                path != nullptr && path[0] != '\0' ? long_path.substr(0, 127) : logger.fallback;
+            EXPECT_EQ(text_of(expected), "line\n");
+            struct stat status = {};
+            ASSERT_EQ(stat(expected.c_str(), &status), 0);
+            EXPECT_EQ(status.st_mode & 0777, 0600u);
+            unlink(expected.c_str());
+        }
+}
+
+TEST(Log, SaysOnTheConsoleWhatItCannotOpen) {
+    set_log_filepath("/tmp/none/log");
+    set_upgrade_log_filepath("/tmp"); // a directory
+    EXPECT_THAT(console_of([] { qvtk_log_to_file("lost"); }),
+                MatchesRegex("qvtk_log_to_file [0-9]+ open file:/tmp/none/log fail\n"));
+    EXPECT_THAT(console_of([] { qvtk_log_to_file_upgrade("lost"); }),
+                MatchesRegex("log_filepath:/tmp\nqvtk_log_to_file_upgrade [0-9]+ open file:/tmp fail\n"));
+}
+
+TEST(Log, LinesBeginWithTimeFunctionAndLine) {
+    setenv("TZ", "UTC", 1);
+    set_log_filepath(nullptr);
+    set_upgrade_log_filepath(nullptr);
+    moving_clock::set(1714550587); // 2024-05-01 08:03:07
+    LOG("ret:%d\n", 5);
+    LOG_UPGRADE("plain");
+    EXPECT_THAT(text_of("/apvar/log/qvtk.log"),
+                MatchesRegex(R"(\[2024-05-01 08:03:07\]\[TestBody\]\[[0-9]+\]ret:5)"
+                             "\n\n"));
+    EXPECT_THAT(text_of("/apetc/rvxa/qvtk_upgrade.log"), HasSubstr("[2024-05-01 08:03:07][TestBody]["));
+    delete_upgrade_log();
+    EXPECT_FALSE(std::filesystem::exists("/apetc/rvxa/qvtk_upgrade.log"));
+}
+
+TEST(Log, LinesOfSeveralThreadsStayWhole) {
+    set_log_filepath("/tmp/log");
+    std::vector<std::thread> threads;
+    for (char mark : {'a', 'b', 'c', 'd'})
+        threads.emplace_back([mark] {
+            for (int i = 0; i < 200; i++)
+                qvtk_log_to_file("%s", std::string(3000, mark).c_str());
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    std::ifstream log("/tmp/log");
+    int whole = 0;
+    for (std::string line; std::getline(log, line); whole++)
+        ASSERT_EQ(line, std::string(3000, line.empty() ? '?' : line[0]));
+    EXPECT_GT(whole, 0);
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The daemon as built, when what it talks to goes away or turns hostile."""
+import json
+import signal
+
+import rig
+from run import RigTest
+
+
+class Recovery(RigTest):
+    def start_all(self):
+        self.rig.start_broker()
+        self.rig.start_router()
+        self.rig.start_daemon()
+        self.rig.wait_online()
+
+    def test_a_bus_that_is_killed_costs_only_the_calls_in_flight(self):
+        self.start_all()
+        name = self.rig.get("wifiInfo")["wifi2gName"]
+        self.rig.stop("routersim", signal.SIGKILL)
+        self.assertNotEqual(self.rig.cloud("get", "ledStatus", check=False)[0], 0)
+        self.rig.start_router()
+        self.assertEqual(self.rig.get("wifiInfo")["wifi2gName"], name)
+
+    def test_a_daemon_that_comes_back_with_other_ids_is_found(self):
+        self.start_all()
+        self.rig.get("wifiInfo")
+        self.rig.bus("sim", "restart")
+        self.rig.set("ledStatus", "off")
+        self.assertEqual(self.rig.router("vrop.ledswitch")["status"], "off")
+
+    def test_hostile_requests_change_nothing(self):
+        self.start_all()
+        before = self.rig.bus("sim", "state")[1]
+        names = ["ledStatus", "wifiInfo", "networkInfo", "visitorsWifi", "mesh", "timeLed", "ipv6Status",
+                 "networkProtocol", "wifi2gSeniorInfo", "wifi5gSeniorInfo"]
+        bodies = ["", "nonsense", "[]", "7", '"text"', "null", "[" * 10000, "x" * 10000,
+                  *(json.dumps({name: value}) for name in names for value in (None, [], 7, {}))]
+        for name in names:
+            for body in (body for body in bodies if f'"{name}": {{}}' not in body and f'"{name}": []' not in body):
+                with self.subTest(name=name, body=body[:40]):
+                    self.assertEqual(self.rig.cloud("set", name, body, "--unchecked", check=False)[0], 1)
+        self.assertEqual(self.rig.bus("sim", "state")[1], before)
+        self.assertIsNone(self.rig.processes["qvtkd"].poll())

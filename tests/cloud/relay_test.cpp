@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cloud/relay.h"
+
+#include <arpa/inet.h>
+#include <atomic>
+#include <gmock/gmock.h>
+#include <random>
+#include <string>
+#include <sys/socket.h>
+#include <thread>
+
+#include "cloud/event_client.h"
+#include "cloud/global_config.h"
+#include "core/handles.h"
+#include "core/log.h"
+#include "core/registration.h"
+#include "core/text.h"
+#include "support/main_log.h"
+#include "support/recording_sdk.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const char OFFLINE[] = "event need report ,but device is offline! so it will not upload data!";
+
+std::string actions_called;
+
+void note_interval(long seconds) {
+    actions_called += "interval " + std::to_string(seconds);
+}
+
+int note_report() {
+    actions_called += "report";
+    return 0;
+}
+
+int give_address(char *address, int size) {
+    copy_text(address, static_cast<size_t>(size), "https://host/capture?id=1");
+    return 0;
+}
+
+int handle(const std::string &datagram) {
+    return handle_qvtk_event(datagram.data(), static_cast<int>(datagram.size()));
+}
+
+struct Row {
+    const char *datagram;
+    int result;
+    std::vector<std::string> calls; // of the SDK
+    const char *message;            // in the log, or null
+    const char *action;             // what the relay's links were asked for
+};
+
+class Relay : public testing::Test {
+  protected:
+    void SetUp() override {
+        set_default_logs();
+        set_relay_actions({note_interval, note_report, give_address});
+    }
+
+    static void expect(const Row &row) {
+        SCOPED_TRACE(row.datagram);
+        recording_sdk::clear_calls();
+        clear_main_log();
+        actions_called.clear();
+        EXPECT_EQ(handle(row.datagram), row.result);
+        EXPECT_EQ(recording_sdk::lines(), row.calls);
+        if (row.message != nullptr) {
+            EXPECT_THAT(log_messages(), Contains(row.message));
+        }
+        EXPECT_EQ(actions_called, row.action);
+    }
+};
+
+TEST_F(Relay, DatagramsBecomeCallsOfTheCloud) {
+    const Row rows[] = {
+        {R"({"action":"updatesettime","otaCheckInterval":60,"minInterval":5,"maxInterval":90})",
+         0,
+         {"update_checkTime(60, 5, 90)"},
+         "otaCheckInterval:60, minInterval:5, maxInterval:90",
+         "interval 60"},
+        {R"({"action":"updatesettime","minInterval":"7"})",
+         0,
+         {"update_checkTime(0, 7, 0)"},
+         "otaCheckInterval:0, minInterval:7, maxInterval:0",
+         ""},
+        {R"({"action":"updatesettime","otaCheckInterval":99999999999,"maxInterval":-99999999999})",
+         0,
+         {"update_checkTime(2147483647, 0, -2147483648)"},
+         nullptr,
+         "interval 2147483647"},
+        {R"({"action":"upgradeProgress","progress":80})",
+         0,
+         {"TEBRA_SDK_PostUpgress(80)"},
+         "handle receive Upgradeprogress : 80",
+         ""},
+        {R"({"action":"upgradeProgress"})", 0, {"TEBRA_SDK_PostUpgress(-1)"}, nullptr, ""},
+        {R"({"action":"deviceUpgrade","mac":"M","result":1,"msg":"no"})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(deviceUpgrade, {"mac":"M", "msg":"no", "result": 1}))"},
+         nullptr,
+         ""},
+        {R"({"action":"deviceUpgrade","mac":"M","result":1})", -31, {}, nullptr, ""},
+        {R"({"action":"deviceUpgrade","msg":"no"})", -31, {}, nullptr, ""},
+        {R"({"action":"cfgReportProgress","mac":"M","result":3})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(cfgReportProgress, {"mac":"M", "result": 3}))"},
+         "handle receive cfgReportProgress : 3",
+         ""},
+        {R"({"action":"cfgReportProgress","progress":3})", -3, {}, nullptr, ""},
+        {R"({"action":"deviceConnect","mac":"M","devName":"N","time":1714550587})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(deviceConnet, {"mac":"M", "name": "N", "time": 1714550587}))"},
+         "mac:M",
+         ""},
+        {R"({"action":"deviceConnect","devName":"N"})", -4, {}, "get mac fail", ""},
+        {R"({"action":"deviceConnect","mac":"M"})", -5, {}, "get device name fail", ""},
+        {R"({"action":"allDevicesReport"})", 0, {}, nullptr, "report"},
+        {R"({"action":"networkRestartTime","mac":"M","interfaceName":"I","networkDelay":30})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(networkRestartTime, {"mac":"M", "interfaceName":"I", "networkDelay": 30}))"},
+         nullptr,
+         ""},
+        {R"({"action":"networkRestartTime"})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(networkRestartTime, {"mac":"", "interfaceName":"", "networkDelay": 0}))"},
+         nullptr,
+         ""},
+        {R"({"action":"outFormatFeedback","result":0})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(outFormatFeedback, {"result": 0}))"},
+         nullptr,
+         ""},
+        {R"({"action":"outFormatFeedback"})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(outFormatFeedback, {"result": 1}))"},
+         nullptr,
+         ""},
+        {R"({"action":"RemoteCapSuccess"})",
+         0,
+         {R"(TEBRA_SDK_PostEvent(RemoteCapSuccess, {"result": "https://host/capture?id=1"}))"},
+         "realurl: https://host/capture?id=1",
+         ""},
+        {R"({"action":"unknown"})", 0, {}, R"(msg:{"action":"unknown"})", ""},
+        {R"({"action":5})", 0, {}, nullptr, ""},
+        {R"({"action":null})", -2, {}, "msg has no action", ""},
+        {"{}", -2, {}, "msg has no action", ""},
+        {"[]", -2, {}, "msg has no action", ""},
+        {"\"action\"", -2, {}, "msg has no action", ""},
+        {"", -1, {}, "parse JSON fail", ""},
+        {"null", -1, {}, "parse JSON fail", ""},
+        {"{\"action\":", -1, {}, "parse JSON fail", ""},
+    };
+    for (const Row &row : rows)
+        expect(row);
+}
+
+TEST_F(Relay, OnlyTheIntervalsPassWhileOffline) {
+    recording_sdk::set_connect_state(0);
+    expect({R"({"action":"updatesettime","otaCheckInterval":1})",
+            0,
+            {"update_checkTime(1, 0, 0)"},
+            nullptr,
+            "interval 1"});
+    for (const char *action :
+         {"upgradeProgress", "deviceConnect", "allDevicesReport", "RemoteCapSuccess", "unknown"})
+        expect({("{\"action\":\"" + std::string(action) + "\"}").c_str(), 0, {}, OFFLINE, ""});
+}
+
+TEST_F(Relay, LongTextsAreCutToTheirFields) {
+    std::string mac(100, 'm');
+    std::string name(300, 'n');
+    handle(R"({"action":"networkRestartTime","mac":")" + mac + R"(","interfaceName":")" + name + "\"}");
+    handle(R"({"action":"deviceConnect","mac":")" + mac + R"(","devName":")" + name + "\"}");
+    auto posted = recording_sdk::calls();
+    ASSERT_EQ(posted.size(), 2u);
+    std::string whole = R"({"mac":")" + mac.substr(0, 63) + R"(", "interfaceName":")" + name.substr(0, 127) +
+                        R"(", "networkDelay": 0})";
+    EXPECT_EQ(posted[0].arguments[1], whole.substr(0, 199));
+    EXPECT_EQ(posted[1].arguments[1], (R"({"mac":")" + mac + R"(", "name": ")" + name).substr(0, 199));
+}
+
+TEST_F(Relay, UnsetLinksArePassedOver) {
+    set_relay_actions({});
+    for (const char *action : {"updatesettime", "allDevicesReport", "RemoteCapSuccess"})
+        EXPECT_EQ(handle("{\"otaCheckInterval\":1,\"action\":\"" + std::string(action) + "\"}"), 0);
+    EXPECT_THAT(recording_sdk::lines(), ElementsAre("update_checkTime(1, 0, 0)"));
+}
+
+TEST_F(Relay, WithstandsAnyBytes) {
+    set_log_filepath("/dev/null");
+    std::mt19937 random(20240501);
+    const std::string good =
+        R"({"action":"deviceConnect","mac":"A1:B2:C3:D4:E5:F6","devName":"a \u00e4 b","time":1714550587})";
+    for (int round = 0; round < 20000; round++) {
+        std::string datagram;
+        if (round % 2 == 0) { // noise
+            datagram.resize(random() % (EVENT_MAX + 1));
+            for (char &byte : datagram)
+                byte = static_cast<char>(random());
+        } else { // a good one with bytes changed
+            datagram = good;
+            for (unsigned changes = random() % 4 + 1; changes > 0; changes--)
+                datagram[random() % datagram.size()] = static_cast<char>(random());
+        }
+        int result = handle(datagram);
+        ASSERT_TRUE(result <= 0 && result >= -31);
+    }
+    for (std::string hostile :
+         {std::string(1024, '['), "{\"action\":\"deviceConnect\",\"mac\":" + std::string(990, '{'),
+          std::string(1024, '\0'), "{\"action\":\"\xff\xfe\"}" + std::string(500, '\0')})
+        EXPECT_LE(handle(hostile), 0);
+    EXPECT_EQ(handle_qvtk_event(nullptr, 5), -1);
+    EXPECT_EQ(handle_qvtk_event("{}", -5), -1);
+}
+
+TEST_F(Relay, ServesTheSocketUntilTheFlagFallsAndOneMoreDatagramComes) {
+    std::atomic<int> flag{1};
+    ASSERT_EQ(creat_event_server(), 0);
+    EXPECT_EQ(creat_event_server(), -1); // taken
+    ASSERT_EQ(creat_event_client(), 0);
+    std::thread relay([&] { eventudp_server(&flag); });
+    udp_send_data("", 0); // skipped
+
+    copy_text(global_config.mac, "A1:B2:C3:D4:E5:F6");
+    app_waitTime = 25;
+    char mac[64];
+    int delay = 0;
+    ASSERT_EQ(get_networkRestartTime_info(mac, sizeof mac, &delay), 0);
+    send_restart_event(mac, "LAN", delay);
+    ASSERT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostEvent"));
+    EXPECT_THAT(recording_sdk::lines(),
+                ElementsAre("TEBRA_SDK_PostEvent(networkRestartTime, {\"mac\":\"A1:B2:C3:D4:E5:F6\", "
+                            "\"interfaceName\":\"LAN\", \"networkDelay\": 25})"));
+
+    // one of exactly the greatest size is taken whole
+    std::string full = R"({"action":"upgradeProgress","progress":77,"fill":")";
+    full += std::string(EVENT_MAX - full.size() - 2, 'f') + "\"}";
+    udp_send_data(full.data(), static_cast<int>(full.size()));
+    ASSERT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostUpgress"));
+    EXPECT_TRUE(has_logged("qvtk eventupd server receive msg:" + full));
+
+    flag = 0;
+    std::string last = R"({"action":"outFormatFeedback"})";
+    udp_send_data(last.data(), static_cast<int>(last.size()));
+    relay.join();
+    EXPECT_TRUE(has_logged("eventudp_server will exit!"));
+    EXPECT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostEvent", 2)); // the last one was still handled
+    close_event_client();
+    EXPECT_EQ(udp_send_data("x", 1), 0);
+}
+
+TEST_F(Relay, EndsTheProcessWhenItsSocketFails) {
+    std::atomic<int> flag{1};
+    EXPECT_EXIT(eventudp_server(&flag), testing::ExitedWithCode(1),
+                "eventudp_server recvfrom\\(\\) error.\n");
+}
+
+TEST(EventClient, RestartTimeChecksItsArguments) {
+    char mac[4];
+    int delay = 0;
+    EXPECT_EQ(get_networkRestartTime_info(nullptr, 4, &delay), -1);
+    EXPECT_EQ(get_networkRestartTime_info(mac, 0, &delay), -1);
+    EXPECT_EQ(get_networkRestartTime_info(mac, 4, nullptr), -1);
+    copy_text(global_config.mac, "A1:B2:C3:D4:E5:F6");
+    EXPECT_EQ(get_networkRestartTime_info(mac, 4, &delay), 0);
+    EXPECT_STREQ(mac, "A1:");
+}
+
+// What goes over the wire, byte for byte.
+TEST(EventClient, RestartEventIsADatagramOf128Bytes) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(EVENT_PORT);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    Descriptor receiver(socket(AF_INET, SOCK_DGRAM, 0));
+    ASSERT_EQ(bind(receiver.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    creat_event_client();
+    send_restart_event("M", "I", -1);
+    send_restart_event(std::string(200, 'm').c_str(), nullptr, 0);
+    std::string text =
+        R"({"action": "networkRestartTime", "mac": "M", "interfaceName": "I", "networkDelay": -1})";
+    std::string cut = (R"({"action": "networkRestartTime", "mac": ")" + std::string(200, 'm')).substr(0, 127);
+    for (std::string expected : {text, cut}) {
+        char datagram[EVENT_MAX];
+        ASSERT_EQ(recv(receiver.get(), datagram, sizeof datagram, 0), 128);
+        expected.resize(128, '\0');
+        EXPECT_EQ(std::string(datagram, 128), expected);
+    }
+}
+
+} // namespace

@@ -60,7 +60,7 @@ struct Fault {
 class Router {
   public:
     // Starts from home_state(), changed by a merge patch (RFC 7396): members given replace, null removes.
-    explicit Router(const std::string &patch = "{}");
+    explicit Router(const std::string &patch = {});
     ~Router(); // stops
     Router(const Router &) = delete;
     Router &operator=(const Router &) = delete;

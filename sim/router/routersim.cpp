@@ -33,7 +33,7 @@ While it runs, the object "sim" changes the world and sets faults: see --list.
 )";
 
 struct Options {
-    std::string socket = router::DEFAULT_SOCKET, patch = "{}";
+    std::string socket = router::DEFAULT_SOCKET, patch;
     std::vector<std::string> settings;
     std::vector<router::Fault> faults;
 };

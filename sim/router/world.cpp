@@ -27,7 +27,7 @@ std::vector<Method> all_methods() {
 }
 
 World::World(const std::string &patch) : methods(all_methods()), state(home_state()) {
-    state.merge(patch);
+    if (!patch.empty()) state.merge(patch);
     factory_state = json_text(state.root());
 }
 

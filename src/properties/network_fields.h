@@ -18,6 +18,7 @@ inline constexpr Field PPPOE_FIELDS[] = {
     FIELD(Text, NetworkRecord, ppoe_dns1, "dns1", nullptr),
     FIELD(Text, NetworkRecord, ppoe_dns2, "dns2", nullptr),
 };
+inline constexpr Fields PPPOE_LOGIN = Fields(PPPOE_FIELDS).first(3);
 
 inline constexpr Field DHCP_FIELDS[] = {
     FIELD(Switch, NetworkRecord, dhcp_dns_enable, "dnsEnable", "dnsenable"),
@@ -40,3 +41,4 @@ inline constexpr Field RELAY_FIELDS[] = {
     FIELD(Integer, NetworkRecord, sync, "sync", "relay"),
     FIELD(Integer, NetworkRecord, relay_radio, "relaySignal", nullptr),
 };
+inline constexpr Fields RELAY_LOGIN = Fields(RELAY_FIELDS).first(2);

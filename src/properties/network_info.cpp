@@ -136,7 +136,9 @@ int apply(json_object *member, const char *context) {
     NetworkRecord request{};
     request.network_mode = request_integer(member, "networkMode");
     REQUIRE(request.network_mode, "networkMode is not exist");
-    request.mesh_mode = request_integer(member, "meshMode");
+    const int32_t mesh_mode = request_integer(member, "meshMode");
+    if (mesh_mode != -1) network_record.mesh_mode = mesh_mode;
+    request.mesh_mode = network_record.mesh_mode;
     LOG("networkMode:%d", request.network_mode);
     json_object *connect = member_object(member, "networkConnect");
     if (connect == nullptr) return -1;

@@ -15,12 +15,21 @@ namespace {
 
 constexpr char WAN[] = "vrop.waninfo";
 
-// "first,second", or one server alone.
-void split_dns(const char *text, char (&dns1)[16], char (&dns2)[16]) {
+// "first,second", or one server alone; the daemon may give none.
+void split_dns(json_object *reply, char (&dns1)[16], char (&dns2)[16]) {
+    const char *text = JsonGetStr(reply, "dns");
+    if (text == nullptr) return;
     const char *comma = cut_dns(text) == 1 ? strchr(text, ',') : nullptr;
     copy_text(dns1, text);
     copy_text(dns2, comma != nullptr ? comma + 1 : "");
     if (comma != nullptr && comma - text < static_cast<long>(sizeof(dns1))) dns1[comma - text] = '\0';
+}
+
+// Sends the settings; the daemon's result. A refusal is logged in the writer's name.
+int write_wan(const BusMessage &message, const char *refused, LogSite site = LogSite::here()) {
+    const int result = set_dev_info(WAN, "set", message);
+    if (result != 0) LOG_AT(site, "%s", refused);
+    return result;
 }
 
 void add_dns(BusMessage *message, const char *dns1, const char *dns2) {
@@ -28,20 +37,19 @@ void add_dns(BusMessage *message, const char *dns1, const char *dns2) {
 }
 
 void read_route(json_object *reply, NetworkRecord *network) {
-    const char *dns = _json_get_str(reply, "dns");
     const char *type = _json_get_str(reply, "networktype");
     if (strcmp(type, "DHCP") == 0) {
         network->route_type = ROUTE_DHCP;
         read_daemon(DHCP_FIELDS, reply, network);
-        split_dns(dns, network->dhcp_dns1, network->dhcp_dns2);
+        split_dns(reply, network->dhcp_dns1, network->dhcp_dns2);
     } else if (strcmp(type, "PPPoE") == 0) {
         network->route_type = ROUTE_PPPOE;
         read_daemon(PPPOE_FIELDS, reply, network);
-        split_dns(dns, network->ppoe_dns1, network->ppoe_dns2);
+        split_dns(reply, network->ppoe_dns1, network->ppoe_dns2);
     } else if (strcmp(type, "STATIC") == 0) {
         network->route_type = ROUTE_STATIC;
         read_daemon(STATIC_FIELDS, reply, network);
-        split_dns(dns, network->static_dns1, network->static_dns2);
+        split_dns(reply, network->static_dns1, network->static_dns2);
     } else {
         LOG("param is unmatched");
     }
@@ -57,6 +65,7 @@ int read_relay(json_object *reply, NetworkRecord *network) {
         LOG("get relay obj fail");
         return -1;
     }
+    network->sync = 0; // also when the daemon does not say
     read_daemon(RELAY_FIELDS, client, network);
     LOG("sync:%d", network->sync);
     return 0;
@@ -72,7 +81,6 @@ int get_network_config(NetworkRecord *network) {
     JsonRoot root;
     json_object *reply = get_dev_info(WAN, "get", &root);
     if (reply == nullptr) return -1;
-    *network = NetworkRecord{.mesh_mode = network->mesh_mode};
     const char *workmode = _json_get_str(reply, "workmode");
     if (strcmp(workmode, "BRIDGE") == 0) {
         network->network_mode = MODE_BRIDGE;
@@ -93,9 +101,7 @@ int get_network_config(NetworkRecord *network) {
 int bridge_set() {
     BusMessage message;
     message.text("networktype", "BRIDGE");
-    const int result = set_dev_info(WAN, "set", message);
-    if (result != 0) LOG("set bridge way fail");
-    return result;
+    return write_wan(message, "set bridge way fail");
 }
 
 int dhcp_set(const NetworkRecord &network) {
@@ -103,23 +109,16 @@ int dhcp_set(const NetworkRecord &network) {
     message.integer("dnsenable", network.dhcp_dns_enable);
     if (network.dhcp_dns_enable != 0) add_dns(&message, network.dhcp_dns1, network.dhcp_dns2);
     message.text("networktype", "DHCP");
-    const int result = set_dev_info(WAN, "set", message);
-    if (result != 0) LOG("set dhcp way fail");
-    return result;
+    return write_wan(message, "set dhcp way fail");
 }
 
 int ppoe_set(const NetworkRecord &network) {
     BusMessage message;
-    message.text("networktype", "PPPoE")
-        .text("pppoename", network.user_name)
-        .text("pppoepwd", network.user_pwd)
-        .integer("pppoemtu", network.mtu)
-        .integer("pppoestaticdns", network.ppoe_dns_enable)
-        .integer("dnsenable", network.ppoe_dns_enable);
+    message.text("networktype", "PPPoE");
+    write_message(PPPOE_LOGIN, &network, &message);
+    message.integer("pppoestaticdns", network.ppoe_dns_enable).integer("dnsenable", network.ppoe_dns_enable);
     if (network.ppoe_dns_enable != 0) add_dns(&message, network.ppoe_dns1, network.ppoe_dns2);
-    const int result = set_dev_info(WAN, "set", message);
-    if (result != 0) LOG("set ppoe way fail");
-    return result;
+    return write_wan(message, "set ppoe way fail");
 }
 
 int static_set(const NetworkRecord &network) {
@@ -129,20 +128,16 @@ int static_set(const NetworkRecord &network) {
         .text("ipaddr", network.static_ip)
         .text("subnetmask", network.static_mask);
     add_dns(&message, network.static_dns1, network.static_dns2);
-    const int result = set_dev_info(WAN, "set", message);
-    if (result != 0) LOG("set dhcp way fail"); // one text for both ways with addresses
-    return result;
+    return write_wan(message, "set dhcp way fail"); // one text for both ways with addresses
 }
 
 int relay_set(const NetworkRecord &network) {
     char authmode[32];
     get_set_encrytion(network.relay_encryption, authmode, sizeof(authmode));
     BusMessage message;
-    message.integer("enable", 1)
-        .text("ssid", network.relay_name)
-        .text("key", network.relay_pwd)
-        .integer("keepwifiupflag", network.sync)
-        .text("authmode", authmode);
+    message.integer("enable", 1);
+    write_message(RELAY_LOGIN, &network, &message);
+    message.integer("keepwifiupflag", network.sync).text("authmode", authmode);
     const char *object = radio_client(network.relay_radio);
     const int result = object != nullptr ? set_dev_info(object, "set", message) : -1;
     if (result != 0) LOG("set relay way fail");

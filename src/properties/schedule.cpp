@@ -123,6 +123,18 @@ int timeStatmp_to_point(int32_t seconds, char *text, int length) {
     return 0;
 }
 
+json_object *describe_task(json_object *task, const char *time_key, const char *time) {
+    int32_t days[DAYS];
+    days_from_week(_json_get_int(task, "week"), days);
+    JsonRoot entry(json_object_new_object());
+    JsonRoot array(days_array(days));
+    if (JsonSetObj(entry.get(), nullptr, "daysOfWeek", array.get()) == 0) return nullptr;
+    array.release(); // now the entry's
+    JsonSetStr(entry.get(), nullptr, time_key, time);
+    JsonSetBool(entry.get(), nullptr, "open", _json_get_int(task, "enable") != 0);
+    return entry.release();
+}
+
 int fill_schedule(json_object *document, const char *name, const char *action,
                   json_object *(*describe)(json_object *task)) {
     json_object *array = json_object_new_array();

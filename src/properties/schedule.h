@@ -54,6 +54,10 @@ int get_timeStamp(const char *text, int32_t *seconds);
 // -1.
 int timeStatmp_to_point(int32_t seconds, char *text, int length);
 
+// One of the daemon's tasks as the cloud sees it: its days, its time under `time_key`, its switch. Owned by
+// the caller; null when memory ran out.
+json_object *describe_task(json_object *task, const char *time_key, const char *time);
+
 // Adds the array `name` to the document, with what `describe` makes of each of the daemon's tasks with that
 // action. 0, also when the daemon does not answer (empty array); -1, said on stderr, when memory ran out.
 int fill_schedule(json_object *document, const char *name, const char *action,

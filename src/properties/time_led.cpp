@@ -70,17 +70,11 @@ TimerTask make_task(const LedEntry &entry) {
 }
 
 json_object *describe(json_object *task) {
-    int32_t days[DAYS];
-    days_from_week(_json_get_int(task, "week"), days);
     char start[32] = "";
     char end[32] = "";
     timeStatmp_to_point(_json_get_int(task, "timeoffset"), start, sizeof(start));
     timeStatmp_to_point(_json_get_int(task, "timeoffset2"), end, sizeof(end));
-    json_object *entry = json_object_new_object();
-    JsonSetObj(entry, nullptr, "daysOfWeek", get_timeLed_dayOfWeek_obj(days));
-    JsonSetStr(entry, nullptr, "timeFrame", format_text<64>("%s-%s", start, end).text);
-    JsonSetBool(entry, nullptr, "open", _json_get_int(task, "enable") != 0);
-    return entry;
+    return describe_task(task, "timeFrame", format_text<64>("%s-%s", start, end).text);
 }
 
 } // namespace

@@ -80,19 +80,12 @@ int log_refusal(int result) {
 }
 
 json_object *describe(json_object *task) {
-    const int32_t week = _json_get_int(task, "week");
-    LOG("week:0x%X\n", static_cast<unsigned>(week));
+    LOG("week:0x%X\n", static_cast<unsigned>(_json_get_int(task, "week")));
     const int32_t offset = _json_get_int(task, "timeoffset");
     LOG("timeoffset:%d", offset);
-    int32_t days[DAYS];
-    days_from_week(week, days);
     char time[32] = "";
     timeStatmp_to_point(offset, time, sizeof(time));
-    json_object *entry = json_object_new_object();
-    JsonSetObj(entry, nullptr, "daysOfWeek", get_timeReboot_dayOfWeek_obj(days));
-    JsonSetStr(entry, nullptr, "time", time);
-    JsonSetBool(entry, nullptr, "open", _json_get_int(task, "enable") != 0);
-    return entry;
+    return describe_task(task, "time", time);
 }
 
 } // namespace

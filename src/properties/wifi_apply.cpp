@@ -83,6 +83,29 @@ size_t cut_length(const char *name) {
     return static_cast<size_t>(get_vistor_cut_ssid(name));
 }
 
+// What the daemon is told of both networks, behind the names for the backup switch.
+struct Networks {
+    int on_2g;
+    const char *name_2g, *pwd_2g;
+    int on_5g;
+    const char *name_5g, *pwd_5g;
+};
+
+int write_networks(BusMessage *message, const Networks &networks, const WifiRecord &wifi) {
+    message->integer("wifi24apenable", networks.on_2g)
+        .text("wifi24ssid", networks.name_2g)
+        .text("wifi24key", networks.pwd_2g)
+        .integer("wifi5apenable", networks.on_5g)
+        .text("wifi5ssid", networks.name_5g)
+        .integer("wifidual", wifi.sames_open)
+        .integer("wifi5backup", wifi.backup_open)
+        .integer("use2_4gpwd", wifi.use_2g_pwd)
+        .text("wifi5key", networks.pwd_5g);
+    const int ret = set_dev_info(WIFI_SIMPLE, "set", *message);
+    LOG("ret:%d", ret);
+    return ret;
+}
+
 int set_merged(const WifiRecord &wifi, const CurrentNames &now, const char *interface_name) {
     if (wifi.sames == -1 || wifi.backup_open == -1) {
         LOG("APP send data is error");
@@ -95,19 +118,10 @@ int set_merged(const WifiRecord &wifi, const CurrentNames &now, const char *inte
         follow_guest_name(RADIO_5G, now.guest_5g, now.ssid_5g, strlen(now.ssid_5g), wifi.name_5g) != 0)
         return -1;
     BusMessage message;
-    message.text("wifi5backup24ssid", wifi.sames_name)
-        .text("wifi5backup5ssid", wifi.sames_name)
-        .integer("wifi24apenable", wifi.sames)
-        .text("wifi24ssid", wifi.sames_name)
-        .text("wifi24key", wifi.sames_pwd)
-        .integer("wifi5apenable", wifi.sames)
-        .text("wifi5ssid", wifi.sames_name)
-        .integer("wifidual", wifi.sames_open)
-        .integer("wifi5backup", wifi.backup_open)
-        .integer("use2_4gpwd", wifi.use_2g_pwd)
-        .text("wifi5key", wifi.sames_pwd);
-    const int ret = set_dev_info(WIFI_SIMPLE, "set", message);
-    LOG("ret:%d", ret);
+    message.text("wifi5backup24ssid", wifi.sames_name).text("wifi5backup5ssid", wifi.sames_name);
+    const Networks both{wifi.sames, wifi.sames_name, wifi.sames_pwd,
+                        wifi.sames, wifi.sames_name, wifi.sames_pwd};
+    const int ret = write_networks(&message, both, wifi);
     if (ret != 0) LOG("set bandSteeringConfig fail");
     return ret;
 }
@@ -123,19 +137,9 @@ int set_separate(const WifiRecord &wifi, const CurrentNames &now, const char *in
         follow_guest_name(RADIO_5G, now.guest_5g, now.ssid_5g, cut_length(now.ssid_5g), wifi.name_5g) != 0)
         return -1;
     BusMessage message;
-    message.text("wifi5backup5ssid", wifi.name_5g)
-        .text("wifi5backup24ssid", wifi.name_2g)
-        .integer("wifi24apenable", wifi.open_2g)
-        .text("wifi24ssid", wifi.name_2g)
-        .text("wifi24key", wifi.pwd_2g)
-        .integer("wifi5apenable", wifi.open_5g)
-        .text("wifi5ssid", wifi.name_5g)
-        .integer("wifidual", 0)
-        .integer("wifi5backup", wifi.backup_open)
-        .integer("use2_4gpwd", wifi.use_2g_pwd)
-        .text("wifi5key", wifi.pwd_5g);
-    const int ret = set_dev_info(WIFI_SIMPLE, "set", message);
-    LOG("ret:%d", ret);
+    message.text("wifi5backup5ssid", wifi.name_5g).text("wifi5backup24ssid", wifi.name_2g);
+    const Networks own{wifi.open_2g, wifi.name_2g, wifi.pwd_2g, wifi.open_5g, wifi.name_5g, wifi.pwd_5g};
+    const int ret = write_networks(&message, own, wifi);
     if (ret != 0) LOG("set 2.4G and 5G wifi fail");
     return ret;
 }

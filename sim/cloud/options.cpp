@@ -46,6 +46,12 @@ std::string content(const std::string &path) {
     return bytes;
 }
 
+std::string lower(std::string text) {
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
 std::string base_name(const std::string &path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -109,7 +115,8 @@ constexpr Option options[] = {
      }},
     {"--home", "FILE", "know the device of this state file of routersim",
      [](CommandLine &line, Arguments &left) {
-         line.options.devices.push_back(read_device(left.take("the state file")));
+         for (Device &device : read_devices(left.take("the state file")))
+             line.options.devices.push_back(std::move(device));
      }},
     {"--timestamp-window", "SECONDS", "refuse timestamps further from now (default 0: accept any)",
      [](CommandLine &line, Arguments &left) {
@@ -175,14 +182,26 @@ std::string usage() {
     return text;
 }
 
-Device read_device(const std::string &path) {
+std::vector<Device> read_devices(const std::string &path) {
     JsonRoot state = parse_json(content(path));
-    json_object *fota = nullptr;
-    json_object_object_get_ex(state.get(), "vrop.fota", &fota);
-    Device device{text_member(fota, "sn"), text_member(fota, "id"), text_member(fota, "key")};
-    if (device.serial.empty() || device.product.empty())
-        throw std::invalid_argument(path + " names no device in \"vrop.fota\" (\"sn\", \"id\", \"key\")");
-    return device;
+    auto text = [&](const char *object, const char *member) {
+        json_object *members = nullptr;
+        json_object_object_get_ex(state.get(), object, &members);
+        return text_member(members, member);
+    };
+    std::string serial = text("vrop.devinfo", "sn");
+    std::string mac = lower(text("vrop.devinfo", "mac"));
+    const Device named[] = {
+        {text("vrop.fota", "sn"), text("vrop.fota", "id"), text("vrop.fota", "key")},
+        {serial.empty() ? mac : serial, text("vrop.qvtkconfig", "productkey"),
+         text("vrop.qvtkconfig", "devicesecret")},
+    };
+    std::vector<Device> devices;
+    std::ranges::copy_if(named, std::back_inserter(devices), [](const Device &device) {
+        return !device.serial.empty() && !device.product.empty() && !device.secret.empty();
+    });
+    if (devices.empty()) throw std::invalid_argument(path + " names no device with a secret");
+    return devices;
 }
 
 } // namespace cloudsim

@@ -22,8 +22,8 @@ struct CommandLine {
 CommandLine parse_command_line(const std::vector<std::string> &arguments);
 std::string usage();
 
-// The device of a simulated router's state file: serial number, product key and secret as the router gives
-// them to the agent. Throws std::invalid_argument when they are not there.
-Device read_device(const std::string &path);
+// The devices of a simulated router's state file: what the upgrade check signs with ("vrop.fota") and what
+// the helper programs sign with ("vrop.qvtkconfig"). Throws std::invalid_argument when there is none.
+std::vector<Device> read_devices(const std::string &path);
 
 } // namespace cloudsim

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "client.h"
+
+#include <memory>
+#include <openssl/hmac.h>
+
+namespace {
+
+std::size_t take(char *bytes, std::size_t, std::size_t count, void *reply) {
+    static_cast<Reply *>(reply)->body.append(bytes, count);
+    static_cast<Reply *>(reply)->pieces.push_back(count);
+    return count;
+}
+
+void add_form(CURL *curl, const Call &call, curl_mime *form) {
+    for (const auto &[name, value] : call.form) {
+        curl_mimepart *part = curl_mime_addpart(form);
+        curl_mime_name(part, name.c_str());
+        curl_mime_data(part, value.data(), value.size());
+        if (name == "file") curl_mime_filename(part, call.file_name.c_str());
+    }
+    if (!call.form.empty()) curl_easy_setopt(curl, CURLOPT_MIMEPOST, form);
+}
+
+void trust(CURL *curl, const std::string &pem) {
+    curl_blob blob{const_cast<char *>(pem.data()), pem.size(), CURL_BLOB_COPY};
+    if (!pem.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob);
+    curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, pem.empty() ? 0L : 1L);
+    curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, pem.empty() ? 0L : 2L);
+}
+
+} // namespace
+
+Reply perform(const Call &call) {
+    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
+    curl_slist *headers = nullptr;
+    for (const std::string &header : call.headers)
+        headers = curl_slist_append(headers, header.c_str());
+    curl_mime *form = curl_mime_init(curl.get());
+    Reply reply;
+    curl_easy_setopt(curl.get(), CURLOPT_URL, call.url.c_str());
+    curl_easy_setopt(curl.get(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(curl.get(), CURLOPT_TIMEOUT_MS, call.timeout_ms);
+    curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers);
+    if (call.method != "GET") {
+        curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDSIZE, static_cast<long>(call.body.size()));
+        curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDS, call.body.data());
+        curl_easy_setopt(curl.get(), CURLOPT_CUSTOMREQUEST, call.method.c_str());
+    }
+    add_form(curl.get(), call, form);
+    trust(curl.get(), call.trusted);
+    curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, take);
+    curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &reply);
+    reply.result = curl_easy_perform(curl.get());
+    curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &reply.status);
+    curl_mime_free(form);
+    curl_slist_free_all(headers);
+    return reply;
+}
+
+std::string signature(const std::string &serial, const std::string &product, const std::string &timestamp,
+                      const std::string &secret) {
+    std::string text = serial + "_" + product + "_" + timestamp, hex(40, '0');
+    unsigned char digest[20];
+    HMAC(EVP_sha1(), secret.data(), static_cast<int>(secret.size()),
+         reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest, nullptr);
+    for (std::size_t i = 0; i < sizeof digest; i++)
+        std::snprintf(&hex[2 * i], 3, "%02x", digest[i]);
+    return hex;
+}
+
+Call signed_call(const cloudsim::Cloud &cloud, const char *path, const std::string &members) {
+    Call call{.url = cloud.url(path), .method = "POST"};
+    call.body = std::string(R"({"sn":")") + SERIAL + R"(","productKey":")" + PRODUCT +
+                R"(","timestamp":1700000000)" + members + "}";
+    call.headers = {"Content-Type: application/json", "sign: " + signature(SERIAL, PRODUCT, "1700000000")};
+    return call;
+}
+
+std::string check_members(const std::string &version) {
+    return R"(,"mac":"A1B2C3D4E5F6","checkType":2,"manufacturer":"M","hardwareVersion":"H","firmwareVersion":")" +
+           version + R"(","areaCode":"11")";
+}

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+// What reaches a client, byte by byte, when the simulated cloud is told to misbehave.
+#include "client.h"
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <thread>
+
+namespace {
+
+using cloudsim::Cloud;
+using cloudsim::Fault;
+using cloudsim::Scheme;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using testing::AnyOf;
+using testing::Each;
+using testing::Eq;
+
+// 40000 bytes that are all different from their neighbours, NUL included.
+std::string image() {
+    std::string bytes(40000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); i++)
+        bytes[i] = static_cast<char>(i % 251);
+    return bytes;
+}
+
+struct Faulty {
+    explicit Faulty(Scheme scheme) : cloud({.devices = {{SERIAL, PRODUCT, SECRET}}}) {
+        cloud.start(0, scheme);
+        cloud.offer({.name = "image.bin", .image = image(), .version = "2"});
+    }
+    Reply download() { return perform({.url = cloud.url("/firmware/image.bin"), .timeout_ms = 500}); }
+    Cloud cloud;
+};
+
+struct Row {
+    const char *name;
+    Fault fault;
+    std::vector<CURLcode> results; // any of them
+    std::size_t bytes;             // received of the image
+};
+
+class CloudFault : public testing::TestWithParam<Scheme> {};
+
+TEST_P(CloudFault, DownloadEndsWhereItShould) {
+    const std::vector<CURLcode> ok{CURLE_OK}, timed_out{CURLE_OPERATION_TIMEDOUT};
+    const std::vector<CURLcode> broken{CURLE_PARTIAL_FILE, CURLE_RECV_ERROR};
+    const std::vector<CURLcode> nothing{CURLE_GOT_NOTHING, CURLE_RECV_ERROR};
+    const Row rows[] = {
+        {"none", {.count = 1}, ok, 40000},
+        {"cut at 0", {.cut = 0}, broken, 0},
+        {"cut at 1", {.cut = 1}, broken, 1},
+        {"cut in the middle", {.cut = 20000}, broken, 20000},
+        {"cut before the last byte", {.cut = 39999}, broken, 39999},
+        {"cut in pieces", {.pieces = 7, .cut = 100}, broken, 100},
+        {"silent", {.silent = true}, timed_out, 0},
+        {"silent after 1000", {.cut = 1000, .silent = true}, timed_out, 1000},
+        {"delayed too long", {.delay = milliseconds(60000)}, timed_out, 0},
+        {"dropped", {.drop = true}, nothing, 0},
+        {"reset", {.reset = true}, nothing, 0},
+        {"in pieces", {.pieces = 1024}, ok, 40000},
+    };
+    Faulty server(GetParam());
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        server.cloud.fault(row.fault);
+        Reply reply = server.download();
+        EXPECT_THAT(row.results, testing::Contains(reply.result)) << curl_easy_strerror(reply.result);
+        EXPECT_EQ(reply.body, image().substr(0, row.bytes));
+        EXPECT_EQ(server.download().body, image()) << "the fault outlived its request";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Schemes, CloudFault, testing::Values(Scheme::https, Scheme::http),
+                         [](const auto &test) { return test.param == Scheme::https ? "https" : "http"; });
+
+TEST(CloudFaults, PiecesReachTheWriteCallbackOneByOne) {
+    Faulty server(Scheme::https);
+    for (std::size_t size : {1u, 1000u, 16384u}) {
+        std::string body(size == 1 ? 300 : 200'000, 'x');
+        body[5] = '\0';
+        server.cloud.fault({.endpoint = "check-upgrade", .body = body, .pieces = size});
+        Reply reply = perform(signed_call(server.cloud, cloudsim::check_upgrade_path, check_members("1")));
+        EXPECT_EQ(reply.body, body);
+        std::size_t rest = body.size() % size;
+        ASSERT_EQ(reply.pieces.size(), body.size() / size + (rest > 0 ? 1 : 0));
+        if (rest > 0) {
+            EXPECT_EQ(reply.pieces.back(), rest);
+        }
+        reply.pieces.resize(body.size() / size);
+        EXPECT_THAT(reply.pieces, Each(Eq(size)));
+    }
+}
+
+TEST(CloudFaults, AnswersAreReplaced) {
+    Faulty server(Scheme::https);
+    struct {
+        Fault fault;
+        long status;
+        const char *body;
+    } const rows[] = {
+        {{.status = 500, .body = "down"}, 500, "down"},
+        {{.status = 404}, 404, R"({"code":0,"data":{"timeControl":[]}})"},
+        {{.body = ""}, 200, ""},
+        {{.body = "not json"}, 200, "not json"},
+    };
+    for (const auto &row : rows) {
+        server.cloud.fault(row.fault);
+        Reply reply = perform(signed_call(server.cloud, cloudsim::get_settings_path));
+        EXPECT_EQ(reply.result, CURLE_OK);
+        EXPECT_EQ(reply.status, row.status);
+        EXPECT_EQ(reply.body, row.body);
+    }
+    for (const cloudsim::Request &request : server.cloud.requests())
+        EXPECT_TRUE(request.verified && request.faulted);
+}
+
+TEST(CloudFaults, ImagesAreChanged) {
+    Faulty server(Scheme::https);
+    server.cloud.fault({.endpoint = "firmware", .wrong_md5 = true});
+    std::string other = server.download().body;
+    EXPECT_EQ(other.size(), image().size());
+    EXPECT_NE(other, image());
+    server.cloud.fault({.endpoint = "firmware", .wrong_size = true});
+    EXPECT_EQ(server.download().body.size(), image().size() + 1);
+}
+
+TEST(CloudFaults, ApplyInTurnToTheirEndpoint) {
+    Faulty server(Scheme::https);
+    server.cloud.fault({.endpoint = "any", .count = 0, .status = 599});
+    server.cloud.fault({.endpoint = "firmware", .count = 2, .status = 501});
+    server.cloud.fault({.endpoint = "firmware", .status = 502});
+    std::vector<long> statuses;
+    for (int i = 0; i < 5; i++)
+        statuses.push_back(server.download().status);
+    EXPECT_THAT(statuses, testing::ElementsAre(501, 501, 502, 599, 599));
+    EXPECT_EQ(server.cloud.pending_faults(), 1u);
+    server.cloud.clear_faults();
+    EXPECT_EQ(server.download().status, 200);
+}
+
+TEST(CloudFaults, DelayIsKept) {
+    Faulty server(Scheme::https);
+    server.cloud.fault({.delay = milliseconds(150)});
+    auto start = steady_clock::now();
+    EXPECT_EQ(server.download().result, CURLE_OK);
+    EXPECT_GE(steady_clock::now() - start, milliseconds(150));
+}
+
+TEST(CloudFaults, PortRefusesAndListensAgain) {
+    Faulty server(Scheme::https);
+    server.cloud.set_listening(false);
+    EXPECT_EQ(server.download().result, CURLE_COULDNT_CONNECT);
+    server.cloud.set_listening(true);
+    EXPECT_EQ(server.download().result, CURLE_OK);
+    server.cloud.fault({.refuse = milliseconds(0)});
+    EXPECT_EQ(server.download().result, CURLE_COULDNT_CONNECT);
+    server.cloud.clear_faults();
+    EXPECT_EQ(server.download().result, CURLE_OK);
+    server.cloud.fault({.refuse = milliseconds(100)});
+    EXPECT_EQ(server.download().result, CURLE_COULDNT_CONNECT);
+    auto end = steady_clock::now() + std::chrono::seconds(5);
+    while (server.download().result != CURLE_OK)
+        ASSERT_LT(steady_clock::now(), end) << "the port stays closed";
+}
+
+TEST(CloudFaults, StopEndsEverythingAtOnce) {
+    Faulty server(Scheme::https);
+    server.cloud.fault({.silent = true});
+    server.cloud.fault({.delay = std::chrono::minutes(10)});
+    std::vector<std::thread> clients;
+    for (int i = 0; i < 2; i++)
+        clients.emplace_back(
+            [&] { perform({.url = server.cloud.url("/firmware/image.bin"), .timeout_ms = 60000}); });
+    server.cloud.wait_requests(2);
+    auto start = steady_clock::now();
+    server.cloud.stop();
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(3));
+    for (std::thread &client : clients)
+        client.join();
+    server.cloud.start();
+    EXPECT_EQ(server.download().result, CURLE_OK) << "a stopped cloud starts again";
+}
+
+TEST(CloudFaults, TextsAreChecked) {
+    Fault fault =
+        cloudsim::parse_fault("firmware", {{"count", "3"}, {"cut", "0"}, {"silent", "1"}, {"body", "a=b"}});
+    EXPECT_TRUE(fault.count == 3 && fault.cut == 0u && fault.silent && fault.body == "a=b");
+    const std::vector<std::pair<std::string, std::pair<std::string, std::string>>> wrong = {
+        {"nowhere", {"count", "1"}}, {"any", {"colour", "1"}},        {"any", {"count", "-1"}},
+        {"any", {"count", "1x"}},    {"any", {"count", ""}},          {"any", {"status", "99"}},
+        {"any", {"silent", "2"}},    {"any", {"cut", "99999999999"}},
+    };
+    for (const auto &[endpoint, value] : wrong)
+        EXPECT_THROW(cloudsim::parse_fault(endpoint, {value}), std::invalid_argument)
+            << value.first << value.second;
+}
+
+} // namespace

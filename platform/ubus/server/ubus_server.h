@@ -17,6 +17,9 @@
 extern "C" {
 #include <libubox/blobmsg_json.h>
 }
+// Common words that the bus headers turn into macros, in the way of C++ headers included after this one.
+#undef __constructor
+#undef fallthrough
 
 struct UbusMethod {
     std::string name;

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: Apache-2.0
+// Building, reading and checking of attributes. What comes from outside is checked on copies of exact size,
+// so that the address sanitizer sees a read past the end.
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <vector>
+
+extern "C" {
+#include <libubox/blobmsg_json.h>
+}
+
+#include "bytes.h"
+#include "captured.h"
+
+namespace {
+
+struct Buffer : blob_buf {
+    explicit Buffer(int id = 0) : blob_buf{} { EXPECT_EQ(blob_buf_init(this, id), 0); }
+    ~Buffer() { blob_buf_free(this); }
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+    std::string hex() const { return to_hex(head, blob_pad_len(head)); }
+};
+
+// A heap copy without a byte to spare.
+struct Exact {
+    std::unique_ptr<char[]> bytes;
+    size_t size;
+    explicit Exact(const std::string &text) : bytes(new char[text.size()]), size(text.size()) {
+        std::copy(text.begin(), text.end(), bytes.get());
+    }
+    blob_attr *attr() const { return reinterpret_cast<blob_attr *>(bytes.get()); }
+};
+
+TEST(Blob, BuildsTheCapturedMessageWithEachAdder) {
+    Buffer buffer;
+    blob_put_u32(&buffer, 3, captured::OBJECT_ID);
+    blob_put_string(&buffer, 4, "echo");
+    void *data = blob_nest_start(&buffer, 7);
+    blobmsg_add_string(&buffer, "text", "hi");
+    blobmsg_add_u8(&buffer, "on", 1);
+    blobmsg_add_u16(&buffer, "w", 513);
+    blobmsg_add_u32(&buffer, "count", static_cast<uint32_t>(-3));
+    blobmsg_add_u64(&buffer, "big", 5000000000U);
+    blobmsg_add_double(&buffer, "d", 1.5);
+    void *table = blobmsg_open_table(&buffer, "tbl");
+    void *array = blobmsg_open_array(&buffer, "arr");
+    blobmsg_printf(&buffer, nullptr, "%c", 'a');
+    blobmsg_add_u32(&buffer, nullptr, 7);
+    blobmsg_close_array(&buffer, array);
+    blobmsg_close_table(&buffer, table);
+    blob_nest_end(&buffer, data);
+    EXPECT_EQ(buffer.hex(), to_hex(from_hex(captured::INVOKE_ECHO).substr(8)));
+}
+
+TEST(Blob, GrowsWithOpenContainersAndRefusesWhatTheFormatCannotHold) {
+    Buffer buffer;
+    void *outer = blobmsg_open_table(&buffer, "outer");
+    void *inner = blobmsg_open_array(&buffer, "inner");
+    for (uint32_t i = 0; i < 1000; i++)
+        ASSERT_EQ(blobmsg_add_u32(&buffer, nullptr, i), 0);
+    blobmsg_close_array(&buffer, inner);
+    blobmsg_close_table(&buffer, outer);
+    ASSERT_TRUE(blobmsg_check_attr(static_cast<blob_attr *>(blob_data(buffer.head)), true));
+    EXPECT_EQ(blobmsg_check_array(
+                  static_cast<blob_attr *>(blobmsg_data(static_cast<blob_attr *>(blob_data(buffer.head)))),
+                  BLOBMSG_TYPE_INT32),
+              1000);
+
+    std::vector<char> much(0xff0000);
+    EXPECT_EQ(blobmsg_add_field(&buffer, BLOBMSG_TYPE_UNSPEC, "much", much.data(), 0xff0000), 0);
+    std::string before(reinterpret_cast<char *>(buffer.head), 64);
+    EXPECT_EQ(blobmsg_add_field(&buffer, BLOBMSG_TYPE_UNSPEC, "more", much.data(), 0x10000), -1);
+    EXPECT_EQ(blob_new(&buffer, 1, 0x1000000), nullptr);
+    EXPECT_EQ(blob_new(&buffer, 1, -1), nullptr);
+    EXPECT_EQ(blobmsg_open_table(&buffer, std::string(0x10000, 'n').c_str()), nullptr);
+    EXPECT_FALSE(blobmsg_add_json_from_string(
+        &buffer, (R"({"a":{"b":[")" + std::string(0xffff, 'x') + "\"]}}").c_str()));
+    EXPECT_EQ(std::string(reinterpret_cast<char *>(buffer.head), 64), before);
+    EXPECT_EQ(blobmsg_add_u8(&buffer, "last", 1), 0);
+}
+
+TEST(Blob, ChecksOneAttribute) {
+    struct Row {
+        const char *what, *hex;
+        bool valid, valid_named;
+    };
+    const Row rows[] = {
+        {"int32", "85000010 00016100 00000007", false, false}, // announces more than there is
+        {"int32", "8500000c 00016100 00000007", true, true},
+        {"int32 of 3 bytes", "8500000b 00016100 00000007", false, false},
+        {"int32 of 8 bytes", "85000010 00016100 00000007 00000000", false, false},
+        {"int8", "87000009 00016100 01000000", true, true},
+        {"int16", "8600000a 00016100 00010000", true, true},
+        {"int64 of 4 bytes", "8400000c 00016100 00000007", false, false},
+        {"double of 4 bytes", "8800000c 00016100 00000007", false, false},
+        {"double", "88000010 00016100 00000000 00000000", true, true},
+        {"string", "8300000a 00016100 61000000", true, true},
+        {"string without its NUL", "83000009 00016100 61000000", false, false},
+        {"string of no bytes", "83000008 00016100", false, false},
+        {"type 9", "89000008 00016100", false, false},
+        {"unspec", "80000008 00016100", true, true},
+        {"array", "81000008 00016100", true, true},
+        {"empty name", "80000008 00000000", true, false},
+        {"no name", "0500000800000007", true, false},
+        {"name not ended", "80000008 00016161", false, false},
+        {"name longer than the attribute", "80000008 00ff6100", false, false},
+        {"name header missing", "80000004", false, false},
+        {"name header of 2 bytes", "80000006 00000000", false, false},
+        {"length below the word", "80000003", false, false},
+    };
+    for (const Row &row : rows) {
+        Exact copy(from_hex(row.hex));
+        EXPECT_EQ(blobmsg_check_attr_len(copy.attr(), false, copy.size), row.valid) << row.what;
+        EXPECT_EQ(blobmsg_check_attr_len(copy.attr(), true, copy.size), row.valid_named) << row.what;
+        for (size_t size = 0; row.valid && size < blob_raw_len(copy.attr()); size++) {
+            Exact cut(from_hex(row.hex).substr(0, size));
+            EXPECT_FALSE(blobmsg_check_attr_len(cut.attr(), false, size)) << row.what << " cut to " << size;
+        }
+    }
+}
+
+TEST(Blob, ParsesByNameAndType) {
+    Buffer buffer;
+    ASSERT_TRUE(
+        blobmsg_add_json_from_string(&buffer, R"({"s":"x","n":1,"n":2,"b":true,"wrong":"1","other":[]})"));
+    blobmsg_add_u32(&buffer, "n", 9);
+    const blobmsg_policy policy[] = {{"n", BLOBMSG_TYPE_INT32},     {"s", BLOBMSG_TYPE_UNSPEC},
+                                     {"wrong", BLOBMSG_TYPE_INT32}, {"absent", BLOBMSG_TYPE_TABLE},
+                                     {"b", BLOBMSG_CAST_INT64},     {nullptr, BLOBMSG_TYPE_ARRAY}};
+    blob_attr *found[6];
+    auto length = static_cast<unsigned>(blob_len(buffer.head));
+    ASSERT_EQ(blobmsg_parse(policy, 6, found, blob_data(buffer.head), length), 0);
+    ASSERT_TRUE(found[0] && found[1] && found[4]);
+    EXPECT_EQ(blobmsg_get_u32(found[0]), 2U)
+        << "the first of two attributes, with the last of two JSON values";
+    EXPECT_STREQ(blobmsg_get_string(found[1]), "x");
+    EXPECT_EQ(blobmsg_cast_s64(found[4]), 1);
+    EXPECT_FALSE(found[2] || found[3] || found[5]);
+
+    EXPECT_EQ(blobmsg_parse(policy, 6, found, blob_data(buffer.head), 0), -EINVAL);
+    EXPECT_EQ(blobmsg_parse(policy, 6, found, nullptr, 8), -EINVAL);
+    blob_put(&buffer, 9, nullptr, 0); // no such type
+    length = static_cast<unsigned>(blob_len(buffer.head));
+    EXPECT_EQ(blobmsg_parse(policy, 6, found, blob_data(buffer.head), length), -1);
+    EXPECT_TRUE(found[0]);
+}
+
+// Any bytes: nothing is read outside them and every function comes back.
+TEST(Blob, SurvivesAnyBytes) {
+    std::mt19937 random(20240607);
+    const blobmsg_policy policy[] = {{"a", BLOBMSG_TYPE_STRING}, {"", BLOBMSG_TYPE_UNSPEC}};
+    std::string seed = from_hex(captured::ECHO_DATA).substr(8);
+    for (int round = 0; round < 20000; round++) {
+        std::string bytes = seed.substr(0, (random() % (seed.size() / 4) + 1) * 4);
+        for (auto flips = random() % 6; flips > 0; flips--)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+        Exact copy(bytes);
+        blob_attr *attr;
+        size_t rem;
+        __blob_for_each(attr, copy.bytes.get(), copy.size, rem) {
+            free(blobmsg_format_json(attr, false));
+            if (!blobmsg_check_attr_len(attr, false, rem)) continue;
+            free(blobmsg_format_json_indent(attr, true, 0));
+            blobmsg_check_array(attr, BLOBMSG_TYPE_UNSPEC);
+        }
+        blob_attr *found[2];
+        blobmsg_parse(policy, 2, found, copy.bytes.get(), static_cast<unsigned>(copy.size));
+        blobmsg_parse_array(policy, 2, found, copy.bytes.get(), static_cast<unsigned>(copy.size));
+    }
+}
+
+} // namespace

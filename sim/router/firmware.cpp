@@ -56,7 +56,9 @@ JsonRoot upgrade(World &world, const Request &request) {
         throw Refused("no image " + image);
     const std::string version = version_after(world, image);
     const int delay = restart_delay(world);
-    world.effects.later(delay, [&world, version] { world.state.set("/vrop.ftinfo/iswversion", version); });
+    world.effects.later(delay, [&world, version] {
+        if (world.state.find("/vrop.ftinfo")) world.state.set("/vrop.ftinfo/iswversion", version);
+    });
     if (integer_of(request.arguments, "isreboot")) world.restart_router(delay);
     return result();
 }

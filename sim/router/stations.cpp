@@ -44,9 +44,10 @@ std::string ssid_of(const World &world, const std::string &radio) {
 void add_station(World &world, const std::string &mac) {
     json_object *stations = world.state.at(STATIONS);
     const std::size_t number = 101 + length_of(stations);
+    const std::string network = "192.168." + std::to_string(10 + number / 250) + ".";
     JsonRoot station = new_object();
     put(station.get(), "mac", mac);
-    put(station.get(), "ipaddr", "192.168.10." + std::to_string(number));
+    put(station.get(), "ipaddr", network + std::to_string(1 + number % 250));
     put(station.get(), "devname", std::string());
     put(station.get(), "hostname", "station-" + std::to_string(number));
     for (const char *name : {"limitrateswitch", "usbandwidth", "dsbandwidth"})
@@ -91,8 +92,18 @@ void set_station(World &world, const std::string &mac, const std::string &radio)
     world.state.set(place + "/ssid", ssid_of(world, radio));
 }
 
+void rename_network(World &world, const std::string &radio, const std::string &ssid,
+                    const std::string &new_ssid) {
+    json_object *stations = world.state.find(STATIONS);
+    for (std::size_t i = 0; i < length_of(stations); i++) {
+        json_object *station = element(stations, i);
+        if (text_of(station, "radio") == radio && text_of(station, "ssid") == ssid)
+            put(station, "ssid", new_ssid);
+    }
+}
+
 void elapse_stations(World &world, int seconds) {
-    json_object *stations = world.state.at(STATIONS);
+    json_object *stations = world.state.find(STATIONS);
     for (std::size_t i = 0; i < length_of(stations); i++) {
         json_object *station = element(stations, i);
         if (integer_of(station, "active") && member(station, "uptime"))

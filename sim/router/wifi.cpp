@@ -50,10 +50,31 @@ constexpr Field BY_INDEX[] = {INDEX};
 constexpr Field ACCESS_POINT[] = {
     INDEX, flag("enable"), flag("hide"), ssid("ssid"), authmode("authmode"), key("key"), ENCRYPT, NOT_YET};
 
+constexpr char NETWORKS_2G[] = "/vrop.wifi.1.ap", NETWORKS_5G[] = "/vrop.wifi.2.ap";
+constexpr char INTERFERENCE_2G[] = "/vrop.wifi.1/interference",
+               INTERFERENCE_5G[] = "/vrop.wifi.2/interference";
+constexpr char SCORES_2G[] = "/vrop.wifi.1/channelscore", SCORES_5G[] = "/vrop.wifi.2/channelscore";
+constexpr char SCORES[] = "vrop.wifi.getchannelscore"; // the reply's member, for either radio
+constexpr const char *RADIOS[][2] = {{NETWORKS_2G, "2.4G"}, {NETWORKS_5G, "5G"}};
+
+// Stores a change of networks; the stations of a renamed network come back under its new name.
+void store_networks(World &world, const std::string &place, const Request &request) {
+    JsonRoot before[] = {copy_json(world.state.find(RADIOS[0][0])),
+                         copy_json(world.state.find(RADIOS[1][0]))};
+    store_at(world, place, request);
+    for (std::size_t radio = 0; radio < std::size(before); radio++)
+        for (std::size_t i = 0; i < length_of(before[radio].get()); i++) {
+            const std::string old = text_of(element(before[radio].get(), i), "ssid");
+            const std::string now = text_of(element(world.state.find(RADIOS[radio][0]), i), "ssid");
+            if (old != now) rename_network(world, RADIOS[radio][1], old, now);
+        }
+}
+
 JsonRoot set_simple(World &world, const Request &request) {
     check_key(world, request, "/vrop.webwifisimple", "wifi24key", "wifi24authmode");
     check_key(world, request, "/vrop.webwifisimple", "wifi5key", "wifi5authmode");
-    store(world, request);
+    if (json_object_object_length(request.arguments) == 0) throw Refused("no parameter");
+    store_networks(world, place_of(request.row), request);
     const int on =
         world.state.integer("/vrop.wifi.1.ap/0/enable") || world.state.integer("/vrop.wifi.2.ap/0/enable");
     world.state.set("/vrop.webwifisimple/wifiswitch", on);
@@ -90,7 +111,7 @@ JsonRoot set_access_point(World &world, const Request &request) {
         throw Refused(std::string(request.row.object) + "." + text_of(request.arguments, "index") +
                       " not found");
     check_key(world, request, place, "key", "authmode");
-    store_at(world, place, request);
+    store_networks(world, place, request);
     return result();
 }
 
@@ -99,43 +120,20 @@ constexpr Method ROWS[] = {
     {"vrop.webwifisimple", "set", SIMPLE, set_simple, "change both main networks at once"},
     {"vrop.wifi", "get", {}, show, "what both radios share"},
     {"vrop.wifi", "set", SHARED, store, "change it"},
-    {"vrop.webwifi1adv",
-     "get",
-     {},
-     show,
-     "2.4 GHz radio: power in percent, bandwidth in MHz (0 automatic), channel"},
+    {"vrop.webwifi1adv", "get", {}, show, "2.4 GHz radio: power in percent, bandwidth in MHz, 0 automatic"},
     {"vrop.webwifi1adv", "set", ADVANCED_2G, set_advanced, "change the 2.4 GHz radio"},
     {"vrop.webwifi2adv", "get", {}, show, "5 GHz radio, as the 2.4 GHz one"},
     {"vrop.webwifi2adv", "set", ADVANCED_5G, set_advanced, "change the 5 GHz radio"},
     {"vrop.wifi.1.ap", "list", {}, show, "networks of the 2.4 GHz radio; index 2 is the guests'"},
     {"vrop.wifi.2.ap", "list", {}, show, "networks of the 5 GHz radio"},
-    {"vrop.wifi.1.ap.modify", "getbyindex", BY_INDEX, get_access_point, "one 2.4 GHz network",
-     "/vrop.wifi.1.ap"},
-    {"vrop.wifi.1.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", "/vrop.wifi.1.ap"},
-    {"vrop.wifi.2.ap.modify", "getbyindex", BY_INDEX, get_access_point, "one 5 GHz network",
-     "/vrop.wifi.2.ap"},
-    {"vrop.wifi.2.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", "/vrop.wifi.2.ap"},
-    {"vrop.wifi.1",
-     "getinterference",
-     {},
-     show,
-     "noise in dBm, interference in percent",
-     "/vrop.wifi.1/interference"},
-    {"vrop.wifi.2", "getinterference", {}, show, "the same at 5 GHz", "/vrop.wifi.2/interference"},
-    {"vrop.wifi.1",
-     "getchannelscore",
-     {},
-     show,
-     "score of each channel, 100 is best",
-     "/vrop.wifi.1/channelscore",
-     "vrop.wifi.getchannelscore"},
-    {"vrop.wifi.2",
-     "getchannelscore",
-     {},
-     show,
-     "the same at 5 GHz",
-     "/vrop.wifi.2/channelscore",
-     "vrop.wifi.getchannelscore"},
+    {"vrop.wifi.1.ap.modify", "getbyindex", BY_INDEX, get_access_point, "one 2.4 GHz network", NETWORKS_2G},
+    {"vrop.wifi.1.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", NETWORKS_2G},
+    {"vrop.wifi.2.ap.modify", "getbyindex", BY_INDEX, get_access_point, "one 5 GHz network", NETWORKS_5G},
+    {"vrop.wifi.2.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", NETWORKS_5G},
+    {"vrop.wifi.1", "getinterference", {}, show, "noise in dBm, interference in percent", INTERFERENCE_2G},
+    {"vrop.wifi.1", "getchannelscore", {}, show, "score of each channel, 100 is best", SCORES_2G, SCORES},
+    {"vrop.wifi.2", "getinterference", {}, show, "the same at 5 GHz", INTERFERENCE_5G},
+    {"vrop.wifi.2", "getchannelscore", {}, show, "the same at 5 GHz", SCORES_5G, SCORES},
 };
 
 } // namespace

@@ -7,6 +7,7 @@ namespace router {
 namespace {
 
 constexpr std::size_t CALLS_KEPT = 4096;
+constexpr char UPTIME[] = "/vrop.homewebinfo/uptime";
 
 JsonRoot refusal(const std::string &reason) {
     JsonRoot reply = result("1");
@@ -53,7 +54,7 @@ void World::record(const Call &call) {
 }
 
 void World::elapse(int seconds) {
-    state.set("/vrop.homewebinfo/uptime", state.integer("/vrop.homewebinfo/uptime") + seconds);
+    if (state.find(UPTIME)) state.set(UPTIME, state.integer(UPTIME) + seconds);
     elapse_stations(*this, seconds);
     elapse_guests(*this, seconds);
     elapse_disconnections(*this, seconds);
@@ -61,7 +62,7 @@ void World::elapse(int seconds) {
 
 void World::restart_router(int delay_millis) {
     effects.later(delay_millis, [this] {
-        state.set("/vrop.homewebinfo/uptime", 0);
+        if (state.find(UPTIME)) state.set(UPTIME, 0);
         effects.restart(true);
     });
 }

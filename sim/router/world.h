@@ -121,6 +121,10 @@ void elapse_guests(World &world, int seconds);
 void elapse_stations(World &world, int seconds);
 void elapse_disconnections(World &world, int seconds);
 
+// The stations of a network on a radio are now in the network of another name.
+void rename_network(World &world, const std::string &radio, const std::string &ssid,
+                    const std::string &new_ssid);
+
 // Changes of the world; throw Refused when they make no sense.
 void set_wan(World &world, bool up);
 void set_cable(World &world, bool in);

@@ -6,14 +6,14 @@
 #include <cstdlib>
 #include <cstring>
 
-Diary diary;
-Gate gate;
+Diary &diary = *new Diary;
+Gate &gate = *new Gate;
 
 namespace {
 
 std::mutex state_mutex;
-std::string echo_value = "{}";
-std::vector<OpenCall> calls;
+std::string &echo_value = *new std::string("{}");
+std::vector<OpenCall> &calls = *new std::vector<OpenCall>;
 
 void copy(char *to, int size, const std::string &text) {
     snprintf(to, static_cast<size_t>(size), "%s", text.c_str());
@@ -158,12 +158,12 @@ std::vector<OpenCall> open_calls() {
 
 global_config device_record() {
     global_config config = {};
-    strcpy(config.product_key, "product1");
-    strcpy(config.serial_number, "serial1");
-    strcpy(config.mac, "A1:B2:C3:D4:E5:F6");
-    strcpy(config.software_version, "1.2.3");
-    strcpy(config.cache_file_path, "/tmp/sdk.cache");
-    strcpy(config.log_file_path, "/tmp/sdk.log");
+    put(config.product_key, "product1");
+    put(config.serial_number, "serial1");
+    put(config.mac, "A1:B2:C3:D4:E5:F6");
+    put(config.software_version, "1.2.3");
+    put(config.cache_file_path, "/tmp/sdk.cache");
+    put(config.log_file_path, "/tmp/sdk.log");
     config.property_map = PROPERTIES;
     config.service_map = SERVICES;
     config.other_handle = &OTHER;

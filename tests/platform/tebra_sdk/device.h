@@ -7,6 +7,7 @@
 #include "tebra_sdk.h"
 
 #include <condition_variable>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <optional>
@@ -29,7 +30,7 @@ class Diary {
     std::condition_variable changed_;
     std::vector<std::string> lines_;
 };
-extern Diary diary;
+extern Diary &diary; // never destroyed, like all that the SDK's threads use: they run until the process ends
 
 // Holds the slots "slow" and the upgrade callback back until it is opened.
 class Gate {
@@ -42,7 +43,7 @@ class Gate {
     std::condition_variable opened_;
     bool open_ = false;
 };
-extern Gate gate;
+extern Gate &gate;
 
 // The calls that "later" and "silent" have got and not answered.
 struct OpenCall {
@@ -51,6 +52,12 @@ struct OpenCall {
     std::string parameters;
 };
 std::vector<OpenCall> open_calls();
+
+// Fills a text field of the record.
+template <size_t N>
+void put(char (&field)[N], const std::string &text) {
+    snprintf(field, N, "%s", text.c_str());
+}
 
 // The record of the device: product1, serial1, MAC, versions, cache file /tmp/sdk.cache, log /tmp/sdk.log.
 global_config device_record();

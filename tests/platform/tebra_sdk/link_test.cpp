@@ -113,7 +113,7 @@ TEST_F(SdkTest, ADeadDeviceIsReportedOffline) {
 TEST_F(SdkTest, TwoDevicesShareABroker) {
     pid_t other = fork();
     if (other == 0) {
-        strcpy(config.serial_number, "serial2");
+        put(config.serial_number, "serial2");
         start_sdk(&config);
         for (;;)
             pause();

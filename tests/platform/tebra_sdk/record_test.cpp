@@ -20,7 +20,7 @@ TEST_F(SdkTest, UnusableRecordsAreRefused) {
     for (const char *text : {"", "a/b", "a+", "#", "a\nb", "\xc3"})
         for (bool product : {false, true}) {
             global_config bad = config;
-            strcpy(product ? bad.product_key : bad.serial_number, text);
+            product ? put(bad.product_key, text) : put(bad.serial_number, text);
             EXPECT_EQ(start_sdk(&bad), -1) << text;
         }
     EXPECT_TRUE(diary.lines().empty()); // no init slot has run
@@ -120,8 +120,8 @@ TEST_F(SdkTest, WithoutASecretTheEnrolmentStays) {
 }
 
 TEST_F(SdkTest, FilesThatCannotBeWrittenDoNotStopTheLink) {
-    strcpy(config.cache_file_path, "/absent/sdk.cache");
-    strcpy(config.log_file_path, "/absent/sdk.log");
+    put(config.cache_file_path, "/absent/sdk.cache");
+    put(config.log_file_path, "/absent/sdk.log");
     set_device_secret("secret");
     start();
     EXPECT_EQ(answer("property/echo/get"), "0 {}");

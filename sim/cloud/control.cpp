@@ -57,6 +57,12 @@ std::string add_backup(Cloud &cloud, const httplib::Request &request) {
     return cloud.url(cloud.add_backup(request.matches[1], request.body)) + "\n";
 }
 
+std::string uploaded(Cloud &cloud, const httplib::Request &request) {
+    std::optional<std::string> bytes = cloud.uploaded(request.matches[1]);
+    if (!bytes) throw std::invalid_argument("no upload of that name");
+    return *bytes;
+}
+
 std::string set_settings(Cloud &cloud, const httplib::Request &request) {
     cloud.set_settings(request.body);
     return "";
@@ -67,10 +73,10 @@ struct Command {
     Answer answer;
 };
 constexpr Command commands[] = {
-    {"PUT", "/firmware/([^/]+)", offer}, {"DELETE", "/firmware", withdraw},
-    {"POST", "/fault/([^/]+)", fault},   {"DELETE", "/fault", clear_faults},
-    {"GET", "/requests", requests},      {"PUT", "/backup/([^/]+)", add_backup},
-    {"PUT", "/settings", set_settings},
+    {"PUT", "/firmware/([^/]+)", offer},  {"DELETE", "/firmware", withdraw},
+    {"POST", "/fault/([^/]+)", fault},    {"DELETE", "/fault", clear_faults},
+    {"GET", "/requests", requests},       {"PUT", "/backup/([^/]+)", add_backup},
+    {"GET", "/upload/([^/]+)", uploaded}, {"PUT", "/settings", set_settings},
 };
 
 void answer(const Command &command, Cloud &cloud, const httplib::Request &request,

@@ -2,6 +2,7 @@
 #include "options.h"
 
 #include "core/handles.h"
+#include "sim/router/router.h"
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -43,6 +44,7 @@ void run(CommandLine line) {
     sigaddset(&ends, SIGINT);
     sigaddset(&ends, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &ends, nullptr);
+    if (line.options.devices.empty()) line.options.devices = {device_of_home(router::home_state())};
     Cloud cloud(line.options);
     prepare(cloud, line);
     cloud.start(line.port, line.scheme);

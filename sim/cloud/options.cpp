@@ -113,10 +113,9 @@ constexpr Option options[] = {
      [](CommandLine &line, Arguments &left) {
          line.options.devices.push_back({"*", "*", left.take("the secret")});
      }},
-    {"--home", "FILE", "know the device of this state file of routersim",
+    {"--home", "FILE", "know the device of this state file of routersim (default: of its built-in state)",
      [](CommandLine &line, Arguments &left) {
-         for (Device &device : read_devices(left.take("the state file")))
-             line.options.devices.push_back(std::move(device));
+         line.options.devices.push_back(device_of_home(content(left.take("the state file"))));
      }},
     {"--timestamp-window", "SECONDS", "refuse timestamps further from now (default 0: accept any)",
      [](CommandLine &line, Arguments &left) {
@@ -182,26 +181,19 @@ std::string usage() {
     return text;
 }
 
-std::vector<Device> read_devices(const std::string &path) {
-    JsonRoot state = parse_json(content(path));
+Device device_of_home(const std::string &state) {
+    JsonRoot root = parse_json(state);
     auto text = [&](const char *object, const char *member) {
         json_object *members = nullptr;
-        json_object_object_get_ex(state.get(), object, &members);
+        json_object_object_get_ex(root.get(), object, &members);
         return text_member(members, member);
     };
-    std::string serial = text("vrop.devinfo", "sn");
-    std::string mac = lower(text("vrop.devinfo", "mac"));
-    const Device named[] = {
-        {text("vrop.fota", "sn"), text("vrop.fota", "id"), text("vrop.fota", "key")},
-        {serial.empty() ? mac : serial, text("vrop.qvtkconfig", "productkey"),
-         text("vrop.qvtkconfig", "devicesecret")},
-    };
-    std::vector<Device> devices;
-    std::ranges::copy_if(named, std::back_inserter(devices), [](const Device &device) {
-        return !device.serial.empty() && !device.product.empty() && !device.secret.empty();
-    });
-    if (devices.empty()) throw std::invalid_argument(path + " names no device with a secret");
-    return devices;
+    std::string serial = text("vrop.ftinfo", "sn");
+    Device device{serial.empty() ? lower(text("vrop.ftinfo", "mac")) : serial,
+                  text("vrop.qvtkconfig", "productkey"), text("vrop.qvtkconfig", "devicesecret")};
+    if (device.serial.empty() || device.product.empty() || device.secret.empty())
+        throw std::invalid_argument("the state names no device with its product key and secret");
+    return device;
 }
 
 } // namespace cloudsim

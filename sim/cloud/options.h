@@ -22,8 +22,9 @@ struct CommandLine {
 CommandLine parse_command_line(const std::vector<std::string> &arguments);
 std::string usage();
 
-// The devices of a simulated router's state file: what the upgrade check signs with ("vrop.fota") and what
-// the helper programs sign with ("vrop.qvtkconfig"). Throws std::invalid_argument when there is none.
-std::vector<Device> read_devices(const std::string &path);
+// The device of a simulated router by the JSON text of its state: the serial number of "vrop.ftinfo" (the MAC
+// when that is empty) with product key and secret of "vrop.qvtkconfig". Throws std::invalid_argument when one
+// is not there.
+Device device_of_home(const std::string &state);
 
 } // namespace cloudsim

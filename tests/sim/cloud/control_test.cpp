@@ -91,6 +91,9 @@ TEST_F(CloudControl, ShowsRequestsServesFilesAndSettings) {
     Outcome served = control("backup /tmp/b.config");
     EXPECT_EQ(served.output, cloud.url("/backup/b.config\n"));
     EXPECT_EQ(perform({.url = cloud.url("/backup/b.config")}).body, "backup");
+    perform({.url = cloud.url("/upload/u"), .method = "PUT", .body = "sent"});
+    EXPECT_EQ(control("upload u").output, "sent");
+    EXPECT_EQ(control("upload v").status, 1);
     write_file("/tmp/settings", R"({"rules":[1]})");
     EXPECT_EQ(control("settings /tmp/settings").status, 0);
     EXPECT_EQ(perform(signed_call(cloud, cloudsim::get_settings_path)).body,
@@ -127,18 +130,16 @@ TEST_F(CloudControl, SaysWhatIsWrong) {
 
 TEST(CloudCommandLine, IsReadAndChecked) {
     write_file("/tmp/f.img", "abc");
-    write_file("/tmp/home.json", R"({"vrop.fota":{"sn":"S1","id":"P1","key":"K1"},)"
-                                 R"("vrop.devinfo":{"sn":"","mac":"A1B2C3D4E5F6"},)"
-                                 R"("vrop.qvtkconfig":{"productkey":"P2","devicesecret":"K2"}})");
+    write_file("/tmp/home.json", R"({"vrop.ftinfo":{"sn":"","mac":"A1B2C3D4E5F6"},)"
+                                 R"("vrop.qvtkconfig":{"productkey":"P1","devicesecret":"K1"}})");
     cloudsim::CommandLine line = cloudsim::parse_command_line(
         {"--port", "0", "--device", "S:P:a:b", "--home", "/tmp/home.json", "--firmware", "/tmp/f.img", "2",
          "s", "--wrong-md5", "--fault", "any", "cut=1", "body-file=/tmp/f.img", "--fault", "firmware",
          "silent=1", "--http"});
-    ASSERT_EQ(line.options.devices.size(), 3u);
+    ASSERT_EQ(line.options.devices.size(), 2u);
     EXPECT_EQ(line.options.devices[0].secret, "a:b");
+    EXPECT_EQ(line.options.devices[1].serial, "a1b2c3d4e5f6");
     EXPECT_EQ(line.options.devices[1].secret, "K1");
-    EXPECT_EQ(line.options.devices[2].serial, "a1b2c3d4e5f6");
-    EXPECT_EQ(line.options.devices[2].secret, "K2");
     EXPECT_TRUE(line.firmware->wrong_md5 && line.firmware->image == "abc" && line.firmware->name == "f.img");
     ASSERT_EQ(line.faults.size(), 2u);
     EXPECT_EQ(line.faults[0].body, "abc");

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What reaches a client, byte by byte, when the simulated cloud is told to misbehave.
 #include "client.h"
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -12,7 +11,6 @@ using cloudsim::Fault;
 using cloudsim::Scheme;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::AnyOf;
 using testing::Each;
 using testing::Eq;
 
@@ -29,7 +27,9 @@ struct Faulty {
         cloud.start(0, scheme);
         cloud.offer({.name = "image.bin", .image = image(), .version = "2"});
     }
-    Reply download() { return perform({.url = cloud.url("/firmware/image.bin"), .timeout_ms = 500}); }
+    Reply download(long timeout_ms = 30000) {
+        return perform({.url = cloud.url("/firmware/image.bin"), .timeout_ms = timeout_ms});
+    }
     Cloud cloud;
 };
 
@@ -40,9 +40,7 @@ struct Row {
     std::size_t bytes;             // received of the image
 };
 
-class CloudFault : public testing::TestWithParam<Scheme> {};
-
-TEST_P(CloudFault, DownloadEndsWhereItShould) {
+void check_downloads(Scheme scheme) {
     const std::vector<CURLcode> ok{CURLE_OK}, timed_out{CURLE_OPERATION_TIMEDOUT};
     const std::vector<CURLcode> broken{CURLE_PARTIAL_FILE, CURLE_RECV_ERROR};
     const std::vector<CURLcode> nothing{CURLE_GOT_NOTHING, CURLE_RECV_ERROR};
@@ -60,19 +58,23 @@ TEST_P(CloudFault, DownloadEndsWhereItShould) {
         {"reset", {.reset = true}, nothing, 0},
         {"in pieces", {.pieces = 1024}, ok, 40000},
     };
-    Faulty server(GetParam());
+    Faulty server(scheme);
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
         server.cloud.fault(row.fault);
-        Reply reply = server.download();
+        Reply reply = server.download(row.results == timed_out ? 1000 : 30000);
         EXPECT_THAT(row.results, testing::Contains(reply.result)) << curl_easy_strerror(reply.result);
         EXPECT_EQ(reply.body, image().substr(0, row.bytes));
         EXPECT_EQ(server.download().body, image()) << "the fault outlived its request";
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Schemes, CloudFault, testing::Values(Scheme::https, Scheme::http),
-                         [](const auto &test) { return test.param == Scheme::https ? "https" : "http"; });
+TEST(CloudFaults, DownloadsEndWhereTheyShould) {
+    check_downloads(Scheme::https);
+}
+TEST(CloudFaults, DownloadsWithoutTlsEndThereToo) {
+    check_downloads(Scheme::http);
+}
 
 TEST(CloudFaults, PiecesReachTheWriteCallbackOneByOne) {
     Faulty server(Scheme::https);
@@ -157,11 +159,11 @@ TEST(CloudFaults, PortRefusesAndListensAgain) {
     EXPECT_EQ(server.download().result, CURLE_COULDNT_CONNECT);
     server.cloud.clear_faults();
     EXPECT_EQ(server.download().result, CURLE_OK);
-    server.cloud.fault({.refuse = milliseconds(100)});
-    EXPECT_EQ(server.download().result, CURLE_COULDNT_CONNECT);
-    auto end = steady_clock::now() + std::chrono::seconds(5);
+    auto start = steady_clock::now();
+    server.cloud.fault({.refuse = milliseconds(200)});
     while (server.download().result != CURLE_OK)
-        ASSERT_LT(steady_clock::now(), end) << "the port stays closed";
+        ASSERT_LT(steady_clock::now() - start, std::chrono::seconds(20)) << "the port stays closed";
+    EXPECT_GE(steady_clock::now() - start, milliseconds(200));
 }
 
 TEST(CloudFaults, StopEndsEverythingAtOnce) {
@@ -175,7 +177,7 @@ TEST(CloudFaults, StopEndsEverythingAtOnce) {
     server.cloud.wait_requests(2);
     auto start = steady_clock::now();
     server.cloud.stop();
-    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(20));
     for (std::thread &client : clients)
         client.join();
     server.cloud.start();

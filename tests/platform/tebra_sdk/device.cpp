@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 Diary &diary = *new Diary;
 Gate &gate = *new Gate;
@@ -149,6 +150,15 @@ void Gate::open() {
 void Gate::pass() {
     std::unique_lock lock(mutex_);
     opened_.wait(lock, [this] { return open_; });
+}
+
+bool eventually(const std::function<bool()> &so) {
+    auto deadline = std::chrono::steady_clock::now() + test_mqtt::Client::LIMIT;
+    while (!so()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
 }
 
 std::vector<OpenCall> open_calls() {

@@ -8,6 +8,7 @@
 
 #include <condition_variable>
 #include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <optional>
@@ -45,7 +46,10 @@ class Gate {
 };
 extern Gate &gate;
 
-// The calls that "later" and "silent" have got and not answered.
+// Looks again and again until it is so; false when it is not within the limit.
+bool eventually(const std::function<bool()> &so);
+
+// The calls that "later" has got.
 struct OpenCall {
     uint32_t handle;
     uint32_t request;

@@ -2,7 +2,11 @@
 // The link's life: coming up, what the device says by itself, loss and return, death.
 #include "device.h"
 
+#include "core/handles.h"
+
 #include <csignal>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -50,6 +54,8 @@ TEST_F(SdkTest, PublicationsArrive) {
 TEST_F(SdkTest, StatusAndCheckTimeAreKept) {
     update_checkTime(4, 5, 6); // before there is a link
     start();
+    for (const char *topic : {"status", "checktime"})
+        ASSERT_TRUE(client->wait(PREFIX + topic));
     test_mqtt::Client latecomer(broker.socket());
     ASSERT_TRUE(latecomer.subscribe("tebra/+/+/+"));
     for (const std::string topic : {"status", "checktime"}) {
@@ -78,6 +84,56 @@ TEST_F(SdkTest, TheLinkReturnsWithTheBroker) {
         EXPECT_EQ(TEBRA_SDK_PostProperty("{}"), 0);
     }
     EXPECT_EQ(diary.count("init a"), 1u);
+}
+
+TEST_F(SdkTest, AStalledBrokerCostsNoMemory) {
+    start();
+    broker.stall();
+    int accepted = 0;
+    while (accepted < 1000 && TEBRA_SDK_PostProperty("{}") == 0)
+        accepted++;
+    EXPECT_GE(accepted, 200);
+    EXPECT_LT(accepted, 1000);
+    broker.stop();
+    ASSERT_TRUE(broker.start());
+    ASSERT_TRUE(diary.wait("online", 2));
+    EXPECT_TRUE(eventually([] { return TEBRA_SDK_PostProperty("{}") == 0; }));
+}
+
+// Answers each connection with the next piece of nonsense, then hangs up.
+void serve_nonsense(int listener) {
+    const std::string accepted("\x20\x03\0\0\0", 5), granted("\x90\x07\0\1\0\1\1\1\1", 9);
+    const std::string answers[] = {
+        "",
+        "GET / HTTP/1.1\r\n\r\n",
+        std::string("\x20\x03\0\x87\0", 5), // not authorized
+        accepted + std::string(64, '\xff'),
+        accepted + granted + "\x30\x05" + "\xff\xff" + "abc", // a topic longer than its packet
+    };
+    for (const std::string &answer : answers) {
+        Descriptor connection(accept(listener, nullptr, nullptr));
+        char request[1024];
+        ASSERT_GT(read(connection.get(), request, sizeof request), 0);
+        EXPECT_EQ(write(connection.get(), answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+    }
+}
+
+TEST_F(SdkTest, ABrokerThatTalksNonsenseIsLeftAndTriedAgain) {
+    broker.stop();
+    unlink(broker.socket().c_str());
+    sockaddr_un address = {.sun_family = AF_UNIX};
+    put(address.sun_path, broker.socket());
+    Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener.get(), 1), 0);
+    ASSERT_EQ(start_sdk(&config), 0);
+    serve_nonsense(listener.get());
+    listener.reset();
+    ASSERT_TRUE(broker.start());
+    client.emplace(broker.socket());
+    ASSERT_TRUE(client->subscribe("tebra/#"));
+    ASSERT_TRUE(client->wait(PREFIX + "status", ONLINE));
+    EXPECT_EQ(answer("property/echo/get"), "0 {}");
 }
 
 TEST_F(SdkTest, TheBrokerMayComeLater) {

@@ -2,10 +2,13 @@
 // What start_sdk accepts: the record, the settings, the files that it writes.
 #include "device.h"
 
+#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -96,6 +99,34 @@ TEST_F(SdkTest, CredentialsReachTheBroker) {
     setenv("TEBRA_SDK_PASSWORD", "word", 1);
     ASSERT_EQ(start_sdk(&config), 0);
     EXPECT_TRUE(diary.wait("online"));
+}
+
+TEST_F(SdkTest, TlsIsVerified) {
+    const std::string make =
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=localhost "
+        "-addext subjectAltName=DNS:localhost 2>/dev/null ";
+    ASSERT_EQ(system((make + "-keyout /tmp/key.pem -out /tmp/cert.pem").c_str()), 0);
+    ASSERT_EQ(system((make + "-keyout /tmp/key2.pem -out /tmp/other.pem").c_str()), 0);
+    test_mqtt::Broker secured("/tmp/secured", 0,
+                              "listener 8883\ncertfile /tmp/cert.pem\nkeyfile /tmp/key.pem\n");
+    ASSERT_TRUE(secured.running());
+    setenv("TEBRA_SDK_BROKER", "localhost", 1);
+    setenv("TEBRA_SDK_CAFILE", "/tmp/other.pem", 1);
+    pid_t stranger = fork(); // a device that does not trust this broker
+    if (stranger == 0) {
+        put(config.log_file_path, "/tmp/stranger.log");
+        start_sdk(&config);
+        for (;;)
+            pause();
+    }
+    setenv("TEBRA_SDK_CAFILE", "/tmp/cert.pem", 1);
+    ASSERT_EQ(start_sdk(&config), 0);
+    EXPECT_TRUE(diary.wait("online"));
+    EXPECT_TRUE(
+        eventually([] { return content("/tmp/stranger.log").find("TLS error") != std::string::npos; }));
+    EXPECT_EQ(content("/tmp/stranger.log").find("is up"), std::string::npos);
+    kill(stranger, SIGKILL);
+    waitpid(stranger, nullptr, 0);
 }
 
 TEST_F(SdkTest, TheEnrolmentIsKeptPrivately) {

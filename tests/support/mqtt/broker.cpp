@@ -65,4 +65,8 @@ void Broker::stop() {
     process_ = -1;
 }
 
+void Broker::stall() {
+    if (running()) kill(process_, SIGSTOP);
+}
+
 } // namespace test_mqtt

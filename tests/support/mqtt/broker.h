@@ -21,6 +21,8 @@ class Broker {
     bool start();
     // Returns when it has gone.
     void stop();
+    // Stops serving without closing anything, until stop().
+    void stall();
     bool running() const { return process_ > 0; }
     const std::string &socket() const { return socket_; }
 

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cloud/upgrade.h"
+
+#include <cstring>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <gmock/gmock.h>
+
+#include "cloud/event_client.h"
+#include "cloud/firmware.h"
+#include "core/handles.h"
+#include "https/firmware_rig.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr int TRIES = 3;
+constexpr char MAC[] = "A1:B2:C3:D4:E5:F6";
+const ImagePaths PATHS = {"/aptmp/qvtk_upgrade.bin", "/tmp/qvtk_upgrade.bin"};
+const char FLASH_REQUEST[] = R"({"downurl":"/tmp/qvtk_upgrade.bin","isreboot":1})";
+
+// The relay's end of the events.
+class Relay {
+  public:
+    Relay() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(EVENT_PORT);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        bind(socket_.get(), reinterpret_cast<sockaddr *>(&address), sizeof address);
+        creat_event_client();
+    }
+    // What has arrived; each must fill its datagram of 128 bytes with zeros.
+    std::vector<std::string> take() {
+        std::vector<std::string> texts;
+        char datagram[256];
+        for (ssize_t got; (got = recv(socket_.get(), datagram, sizeof datagram, 0)) >= 0;) {
+            EXPECT_EQ(got, 128);
+            std::string bytes(datagram, static_cast<size_t>(got));
+            texts.push_back(bytes.c_str());
+            EXPECT_EQ(bytes.find_first_not_of('\0', texts.back().size()), std::string::npos);
+        }
+        return texts;
+    }
+
+  private:
+    Descriptor socket_;
+};
+
+std::string progress(int value) {
+    return "{\"action\": \"upgradeProgress\", \"progress\": " + std::to_string(value) + "}";
+}
+
+std::string result(int value, const std::string &message) {
+    return std::string("{\"action\": \"deviceUpgrade\", \"mac\":\"") + MAC +
+           "\", \"result\": " + std::to_string(value) + ", \"msg\": \"" + message + "\"}";
+}
+
+std::vector<std::string> expected_events(Outcome outcome) {
+    switch (outcome) {
+    case Outcome::flashed:
+        return {progress(10), progress(60), progress(80), progress(100), result(0, "upgrade ok")};
+    case Outcome::refused:
+        return {progress(10), progress(60), progress(80), progress(-1), result(1, "upgrade fail")};
+    case Outcome::not_downloaded:
+        return {progress(10), progress(-3), result(1, "download error")};
+    default:
+        return {progress(10), progress(60), progress(-4), result(1, "md5 error")};
+    }
+}
+
+int upgrade(const FirmwareRig &rig) {
+    return qvtkUpgrade_handle(rig.url().c_str(), rig.md5().c_str(), MAC, "V2.0.0", "force");
+}
+
+class SdkUpgrade : public testing::TestWithParam<DownloadCase> {};
+
+TEST_P(SdkUpgrade, ReportsAndHandsOverOnlyWhatWasChecked) {
+    FirmwareRig rig(PATHS);
+    Relay relay;
+    const DownloadCase &c = GetParam();
+    c.arrange(rig);
+    int returned = upgrade(rig);
+
+    EXPECT_THAT(relay.take(), ElementsAreArray(expected_events(c.outcome)));
+    EXPECT_EQ(returned == 0, c.outcome == Outcome::flashed);
+    EXPECT_EQ(moving_clock::pauses(),
+              download_pauses(c.outcome == Outcome::not_downloaded ? TRIES : c.failed_tries));
+    const bool asked = c.outcome == Outcome::flashed || c.outcome == Outcome::refused;
+    EXPECT_EQ(rig.flash_requests(), asked && std::string(c.name) != "flash_unanswered"
+                                        ? std::vector<std::string>{FLASH_REQUEST}
+                                        : std::vector<std::string>{});
+    if (c.outcome == Outcome::wrong_size || c.outcome == Outcome::wrong_digest) {
+        EXPECT_FALSE(rig.image_is_there());
+    }
+    EXPECT_EQ(qvtk_get_download_upgrade_result(), c.outcome == Outcome::flashed ? 1 : asked ? 0 : -1);
+    EXPECT_NE(upgrade_log().find("buf:{\"newversion\": \"V2.0.0\", \"strategy\": \"force\"}"),
+              std::string::npos);
+
+    if (c.outcome == Outcome::flashed) { // the device restarts: nothing more is sent
+        upgrade_progress(1);
+        EXPECT_THAT(relay.take(), IsEmpty());
+    }
+    rig.repair();
+    creat_event_client();
+    EXPECT_EQ(upgrade(rig), 0);
+    EXPECT_THAT(relay.take(), ElementsAreArray(expected_events(Outcome::flashed)));
+    EXPECT_THAT(rig.flash_requests(), ElementsAre(FLASH_REQUEST));
+}
+
+INSTANTIATE_TEST_SUITE_P(Download, SdkUpgrade, testing::ValuesIn(download_cases()), case_name);
+
+TEST(SdkUpgradeEdges, MissingTextsAndLibrary) {
+    struct Case {
+        const char *name, *url, *md5;
+        bool library;
+        Outcome outcome;
+    };
+    FirmwareRig rig(PATHS);
+    Relay relay;
+    const std::string url = rig.url();
+    const std::string md5 = rig.md5();
+    const Case cases[] = {
+        {"null address", nullptr, md5.c_str(), true, Outcome::not_downloaded},
+        {"empty address", "", md5.c_str(), true, Outcome::not_downloaded},
+        {"null digest", url.c_str(), nullptr, true, Outcome::wrong_digest},
+        {"no library", url.c_str(), md5.c_str(), false, Outcome::wrong_digest},
+        {"no library, no digest", url.c_str(), "", false, Outcome::wrong_digest},
+    };
+    for (const Case &c : cases) {
+        curl_spy::fail_init(!c.library);
+        EXPECT_NE(qvtkUpgrade_handle(c.url, c.md5, MAC, nullptr, nullptr), 0) << c.name;
+        EXPECT_THAT(relay.take(), ElementsAreArray(expected_events(c.outcome))) << c.name;
+        EXPECT_THAT(rig.flash_requests(), IsEmpty()) << c.name;
+    }
+}
+
+TEST(SdkUpgradeEdges, DownloadOptions) {
+    FirmwareRig rig(PATHS);
+    Relay relay;
+    curl_spy::clear();
+    upgrade(rig);
+    EXPECT_THAT(curl_spy::options(), testing::UnorderedElementsAre(
+                                         "URL=" + rig.url(), "SSL_VERIFYPEER=0", "SSL_VERIFYHOST=0",
+                                         "WRITEDATA=set", "TIMEOUT=600", "CONNECTTIMEOUT=60", "NOSIGNAL=1"));
+}
+
+TEST(SdkUpgradeEdges, ResultWithoutMacOrMessageIsSentAllTheSame) {
+    set_default_logs();
+    Relay relay;
+    upgrade_result(nullptr, nullptr, 1);
+    upgrade_result("", "upgrade fail", 1);
+    EXPECT_THAT(
+        relay.take(),
+        ElementsAre(
+            "{\"action\": \"deviceUpgrade\", \"mac\":\"\", \"result\": 1}",
+            "{\"action\": \"deviceUpgrade\", \"mac\":\"\", \"result\": 1, \"msg\": \"upgrade fail\"}"));
+    EXPECT_TRUE(has_logged("param is NULL"));
+}
+
+} // namespace

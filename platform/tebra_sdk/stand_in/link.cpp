@@ -73,6 +73,7 @@ bool Link::start() {
 
 bool Link::configure() {
     mosquitto_int_option(client_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
+    mosquitto_int_option(client_, MOSQ_OPT_TCP_NODELAY, 1); // answers are small, and somebody waits for each
     mosquitto_threaded_set(client_, true);
     std::string will_topic = prefix_ + "status";
     int result =

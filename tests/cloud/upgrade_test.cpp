@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cloud/upgrade.h"
 
-#include <cstring>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <gmock/gmock.h>
 
-#include "cloud/event_client.h"
 #include "cloud/firmware.h"
-#include "core/handles.h"
+#include "https/event_catcher.h"
 #include "https/firmware_rig.h"
 
 namespace {
@@ -22,34 +17,6 @@ constexpr int TRIES = 3;
 constexpr char MAC[] = "A1:B2:C3:D4:E5:F6";
 const ImagePaths PATHS = {"/aptmp/qvtk_upgrade.bin", "/tmp/qvtk_upgrade.bin"};
 const char FLASH_REQUEST[] = R"({"downurl":"/tmp/qvtk_upgrade.bin","isreboot":1})";
-
-// The relay's end of the events.
-class Relay {
-  public:
-    Relay() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(EVENT_PORT);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(socket_.get(), reinterpret_cast<sockaddr *>(&address), sizeof address);
-        creat_event_client();
-    }
-    // What has arrived; each must fill its datagram of 128 bytes with zeros.
-    std::vector<std::string> take() {
-        std::vector<std::string> texts;
-        char datagram[256];
-        for (ssize_t got; (got = recv(socket_.get(), datagram, sizeof datagram, 0)) >= 0;) {
-            EXPECT_EQ(got, 128);
-            std::string bytes(datagram, static_cast<size_t>(got));
-            texts.push_back(bytes.c_str());
-            EXPECT_EQ(bytes.find_first_not_of('\0', texts.back().size()), std::string::npos);
-        }
-        return texts;
-    }
-
-  private:
-    Descriptor socket_;
-};
 
 std::string progress(int value) {
     return "{\"action\": \"upgradeProgress\", \"progress\": " + std::to_string(value) + "}";
@@ -81,7 +48,7 @@ class SdkUpgrade : public testing::TestWithParam<DownloadCase> {};
 
 TEST_P(SdkUpgrade, ReportsAndHandsOverOnlyWhatWasChecked) {
     FirmwareRig rig(PATHS);
-    Relay relay;
+    EventCatcher relay{128};
     const DownloadCase &c = GetParam();
     c.arrange(rig);
     int returned = upgrade(rig);
@@ -121,7 +88,7 @@ TEST(SdkUpgradeEdges, MissingTextsAndLibrary) {
         Outcome outcome;
     };
     FirmwareRig rig(PATHS);
-    Relay relay;
+    EventCatcher relay{128};
     const std::string url = rig.url();
     const std::string md5 = rig.md5();
     const Case cases[] = {
@@ -141,7 +108,7 @@ TEST(SdkUpgradeEdges, MissingTextsAndLibrary) {
 
 TEST(SdkUpgradeEdges, DownloadOptions) {
     FirmwareRig rig(PATHS);
-    Relay relay;
+    EventCatcher relay{128};
     curl_spy::clear();
     upgrade(rig);
     EXPECT_THAT(curl_spy::options(), testing::UnorderedElementsAre(
@@ -151,7 +118,7 @@ TEST(SdkUpgradeEdges, DownloadOptions) {
 
 TEST(SdkUpgradeEdges, ResultWithoutMacOrMessageIsSentAllTheSame) {
     set_default_logs();
-    Relay relay;
+    EventCatcher relay{128};
     upgrade_result(nullptr, nullptr, 1);
     upgrade_result("", "upgrade fail", 1);
     EXPECT_THAT(

@@ -130,17 +130,12 @@ TEST(UbusServer, DropsMessagesForAClientThatDoesNotRead) {
     auto wire = greeted();
     constexpr int PINGS = 200;
     std::string ping = from_hex("0003 0001 00000000 00010000") + std::string(65532, 'p');
-    std::thread sender([&] {
-        for (int i = 0; i < PINGS; i++)
-            wire->send(ping);
-    });
-    sender.join();
-    while (bus.on_server([&] { return bus.server.client_count(); }) != 1) {
-    }
+    for (int i = 0; i < PINGS; i++)
+        wire->send(ping);
     int data = 0;
-    wire->send_hex("0003 0002 00000000 00000004");
     std::string message;
     do {
+        wire->send_hex("0003 0002 00000000 00000004"); // until there is room for its answer again
         message = wire->receive_message();
         data += message.size() == ping.size();
         ASSERT_TRUE(message.size() == ping.size() || message.size() == 20 || message.size() == 12)

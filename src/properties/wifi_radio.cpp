@@ -57,7 +57,7 @@ int get_wifisenior_config(int radio, RadioEncryption *encryption) {
     if (object == nullptr || encryption == nullptr) return -1;
     JsonRoot root;
     json_object *reply = get_dev_info(object, "get", &root);
-    if (reply == nullptr) return -1;
+    if (JsonGetStr(reply, "authmode") == nullptr) return -1; // nothing that could be given to the other radio
     copy_text(encryption->authmode, _json_get_str(reply, "authmode"));
     copy_text(encryption->encrypt, _json_get_str(reply, "encrypt"));
     return 0;

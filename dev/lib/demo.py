@@ -1,19 +1,23 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What dev/demo runs inside its sandbox: demo.py BUILD HOME tour|follow."""
+"""What dev/demo runs inside its sandbox: demo.py BUILD HOME tour|night|follow."""
 import signal
 import subprocess
 import sys
 import traceback
 
 sys.dont_write_bytecode = True
+import night  # noqa: E402
 import rig as rigs  # noqa: E402
 import tour  # noqa: E402
 
 
-def start(rig):
+def start_surroundings(rig):
     rig.start_broker()
     rig.start_router()
     rig.start_cloud()
+
+
+def start_device(rig):
     rig.start_daemon()
     rig.wait_online()
 
@@ -38,13 +42,17 @@ What the device says follows here until Ctrl-C.
 
 def main():
     build, home, mode = sys.argv[1:4]
-    rig = rigs.Rig(build, home, {} if mode == "tour" else {"TEBRA_SDK_REPORT_SECONDS": "5"})
+    rig = rigs.Rig(build, home, {"TEBRA_SDK_REPORT_SECONDS": "5"} if mode == "follow" else {})
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     try:
-        start(rig)
-        if mode == "tour":
+        start_surroundings(rig)
+        if mode == "night":
+            night.play(rig)
+        elif mode == "tour":
+            start_device(rig)
             tour.play(rig)
         else:
+            start_device(rig)
             introduce(rig)
             subprocess.run(rig.cloud_command("watch"), check=False)
     except KeyboardInterrupt:

@@ -2,6 +2,7 @@
 """A device and its cloud as processes: broker, routersim, cloudsim and the daemon, inside one dev/sandbox.
 
 Used by the demo and by the tests of the daemon as built. Everything waits for the thing itself, with a limit."""
+import hashlib
 import json
 import os
 import pathlib
@@ -20,6 +21,7 @@ BUS = "/apvar/run/ubus/ubus.sock"
 LIMIT = 20  # seconds that anything may take before it counts as failed
 BROKER_PORT = 1883
 CLOUD_PORT = 11443
+CLOUD_URL = f"https://127.0.0.1:{CLOUD_PORT}"
 
 
 class Failed(Exception):
@@ -42,35 +44,42 @@ class Watch:
     """What the device says from now on, line by line, as dev/cloud watch prints it."""
 
     def __init__(self, rig):
+        self.rig = rig
         self.lines = queue.Queue()
-        self.seen = []
-        self.process = subprocess.Popen(rig.cloud_command("watch"), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                        text=True)
-        self.process.stderr.readline()  # "watching"
-        threading.Thread(target=self._read, daemon=True).start()
+        self.waiting = []
+        self.open()
 
-    def _read(self):
-        for line in self.process.stdout:
+    def open(self):
+        """Starts to watch, again when the broker was gone."""
+        self.process = subprocess.Popen(self.rig.cloud_command("watch"), stdout=subprocess.PIPE,
+                                        stderr=subprocess.PIPE, text=True)
+        self.process.stderr.readline()  # "watching"
+        threading.Thread(target=self._read, args=[self.process.stdout], daemon=True).start()
+
+    def _read(self, stream):
+        for line in stream:
             self.lines.put(line.rstrip("\n"))
 
     def wait(self, pattern, limit=LIMIT):
-        """The next line that the regular expression finds something in; lines before it are passed over."""
+        """The first line not yet waited for that the regular expression finds something in."""
         deadline = time.monotonic() + limit
+        at = 0
         while True:
+            for at in range(at, len(self.waiting)):
+                if re.search(pattern, self.waiting[at]):
+                    return self.waiting.pop(at)
+            at = len(self.waiting)
             try:
-                line = self.lines.get(timeout=max(0.0, deadline - time.monotonic()))
+                self.waiting.append(self.lines.get(timeout=max(0.0, deadline - time.monotonic())))
             except queue.Empty:
                 raise Failed(f"waited {limit} s in vain for the device to say {pattern}; "
-                             f"it said {self.seen[-5:]}") from None
-            self.seen.append(line)
-            if re.search(pattern, line):
-                return line
+                             f"it said {self.waiting[-5:]}") from None
 
     def drain(self):
-        """The lines that have come and were not waited for."""
-        lines = []
+        """The lines that have come and were not waited for, which are forgotten."""
         while not self.lines.empty():
-            lines.append(self.lines.get())
+            self.waiting.append(self.lines.get())
+        lines, self.waiting = self.waiting, []
         return lines
 
     def close(self):
@@ -204,6 +213,23 @@ class Rig:
 
     def watch(self):
         return Watch(self)
+
+    # firmware
+
+    def make_image(self, version):
+        """An image that the router takes for that version: (path, MD5)."""
+        path = self.home / f"firmware-{version}.bin"
+        path.write_bytes(f"version={version}\n".encode() + os.urandom(200_000))
+        return path, hashlib.md5(path.read_bytes()).hexdigest()
+
+    def restart_into(self, version):
+        """The device restarts with the router when that runs the version, and comes online again."""
+        wait_until(f"the router to run {version}",
+                   lambda: (self.bus("vrop.ftinfo", "get", check=False)[1] or {}).get("vrop.ftinfo", {})
+                   .get("iswversion") == version)
+        self.stop("qvtkd")
+        self.start_daemon()
+        self.wait_online()
 
     # the daemon's logs
 

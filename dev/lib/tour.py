@@ -3,9 +3,11 @@
 import json
 import time
 
+import rig as rigs
 from rig import Failed, wait_until
 
 STEPS = []
+POSTED_DEVICE_INFO = "[connectok_hook_deviceInfo]"
 
 
 def step(title):
@@ -65,10 +67,10 @@ def local_event(rig, watch):
 
 @step("the cable is pulled, then the WAN link is lost and comes back")
 def wan_lost(rig, watch):
-    rig.bus("sim", "cable", {"in": False})
+    rig.bus("sim", "cable", {"status": "out"})
     expect("linkStatus", rig.get("deviceStatus")["linkStatus"], 2)
-    rig.bus("sim", "cable", {"in": True})
-    rig.bus("sim", "wan", {"up": False})
+    rig.bus("sim", "cable", {"status": "in"})
+    rig.bus("sim", "wan", {"status": "down"})
     rig.stop("broker")
     offline = rig.log_count("device is offline")
 
@@ -76,18 +78,25 @@ def wan_lost(rig, watch):
         rig.local_event({"action": "deviceConnect", "mac": "A0:B1:C2:00:00:98", "devName": "lost"})
         return rig.log_count("device is offline") > offline
     wait_until("the relay to see the link down", event_dropped)
-    rig.bus("sim", "wan", {"up": True})
+    rig.bus("sim", "wan", {"status": "up"})
+    posted = rig.log_count(POSTED_DEVICE_INFO)
     rig.start_broker()
-    rig.wait_online()
-    return "online again"
+    watch.open()
+    rig.wait_logged(POSTED_DEVICE_INFO, more_than=posted)
+    return "online again, and says who it is"
 
 
 @step("the router's bus is restarted under the daemon")
 def bus_restarted(rig, watch):
     before = rig.get("wifiInfo")["wifi2gName"]
-    rig.bus("sim", "restart", {"drop": True})
+    rig.bus("sim", "restart", {"bus": 1}, check=False)
     wait_until("the bus", lambda: rig.bus("vrop.ftinfo", "get", check=False)[0] == 0)
     expect("the name", rig.get("wifiInfo")["wifi2gName"], before)
+
+
+@step("a client joins the Wi-Fi")
+def client_joins(rig, watch):
+    rig.bus("sim", "station", {"mac": "A0:B1:C2:00:00:77", "radio": "5G"})
 
 
 def route(kind, members):
@@ -98,7 +107,7 @@ def route(kind, members):
 def internet_access(rig, watch):
     pppoe = {"userName": "home@example", "userPwd": "secret-1", "mtu": 1492, "dnsEnable": False}
     rig.set("networkInfo", route(0, pppoe))
-    watch.wait("event/networkRestartTime")
+    watch.wait("event/networkRestartTime .*networkInfo")
     expect("the way", rig.router("vrop.waninfo")["networktype"], "PPPoE")
     static = {"staticIp": "192.0.2.10", "mask": "255.255.255.0", "gateWay": "192.0.2.1", "dns1": "192.0.2.53",
               "dns2": "198.51.100.53"}
@@ -153,6 +162,43 @@ def switches(rig, watch):
     radio["channel"] = 11 if radio["channel"] != 11 else 6
     rig.set("wifi2gSeniorInfo", radio)
     expect("the channel", rig.router("vrop.webwifi1adv")["channel"], radio["channel"])
+
+
+@step("the client that joined is announced")
+def client_announced(rig, watch):
+    return watch.wait("event/deviceConnet .*00:00:77", limit=60).split("  ")[-1]
+
+
+def reported_progress(rig):
+    """The progress values that the device has reported over HTTPS, each once, in order."""
+    values = [json.loads(request["body"])["progress"] for request in rig.requests("upgrade-progress")]
+    return [value for at, value in enumerate(values) if at == 0 or values[at - 1] != value]
+
+
+@step("firmware offered over HTTPS is found, checked and flashed; the new version is reported")
+def upgrade_over_https(rig, watch):
+    image, _ = rig.make_image("V1.1.0")
+    rig.control("firmware", image, "V1.1.0", "1")
+    rig.local_event({"action": "updatesettime", "otaCheckInterval": 1, "minInterval": 60, "maxInterval": 3600})
+    rig.restart_into("V1.1.0")
+    wait_until("the report after the restart", lambda: reported_progress(rig)[-1:] == [120])
+    expect("the progress", reported_progress(rig), [50, 120])
+    expect("the version", rig.get("deviceInfo")["fwVersion"], "V1.1.0")
+
+
+@step("firmware offered through the SDK goes the same way")
+def upgrade_through_sdk(rig, watch):
+    image, digest = rig.make_image("V1.2.0")
+    rig.control("firmware", image, "V1.2.0", "1")
+    upgrade = rig.start("upgrade", rig.cloud_command("upgrade", f"{rigs.CLOUD_URL}/firmware/{image.name}", digest,
+                                                     "V1.2.0", "1"))
+    progress = [watch.wait("progress").split("  ")[-1] for _ in range(4)]
+    watch.wait("event/deviceUpgrade .*upgrade ok")
+    upgrade.wait(rigs.LIMIT)
+    rig.restart_into("V1.2.0")
+    wait_until("the report after the restart", lambda: [json.loads(request["body"]).get("newVersion")
+               for request in rig.requests("upgrade-progress")][-1:] == ["V1.2.0"])
+    return ", ".join(progress)
 
 
 def play(rig):

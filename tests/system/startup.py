@@ -65,7 +65,7 @@ class Startup(RigTest):
 
     def test_without_a_device_secret_the_status_is_255(self):
         self.rig.start_router()
-        self.rig.bus("sim", "setstate", {"path": "/vrop.qvtkconfig/devicesecret", "value": ""})
+        self.rig.bus("sim", "setstate", {"pointer": "/vrop.qvtkconfig/devicesecret", "value": '""'})
         self.assertEqual(self.start_with_probe().wait(rig.LIMIT), 255)
         self.assertFalse(RECORD.exists())
 
@@ -79,7 +79,7 @@ class Startup(RigTest):
         self.rig.start_daemon()
         self.rig.start_router("--state", self.router_state_with_wan_down())
         self.rig.wait_logged("network is down, waiting..................")
-        self.rig.bus("sim", "wan", {"up": True})
+        self.rig.bus("sim", "wan", {"status": "up"})
         self.rig.wait_online()
         log = rig.MAIN_LOG.read_text()
         order = ["]devSecret:", "]network is down", "]creat tcp socket:0", "]start event handle",
@@ -91,7 +91,7 @@ class Startup(RigTest):
 
     def router_state_with_wan_down(self):
         self.rig.start_router()
-        self.rig.bus("sim", "wan", {"up": False})
+        self.rig.bus("sim", "wan", {"status": "down"})
         state = pathlib.Path("/tmp/state.json")
         command = [self.rig.build / "platform/ubus/buscall", "call", "sim", "state"]
         state.write_bytes(subprocess.run([*map(str, command)], capture_output=True, check=True).stdout)

@@ -36,7 +36,7 @@ json_object *step_or_create(json_object *object, const char *name) {
 
 int add_value(json_object *document, const char *path, const char *key, JsonRoot value) {
     if (!value || JsonSetObj(document, path, key, value.get()) == 0) return 0;
-    value.release(); // now the document's
+    static_cast<void>(value.release()); // now the document's
     return 1;
 }
 

@@ -38,14 +38,14 @@ void set_path(char (&setting)[128], const char *path, const char *fallback) {
     copy_text(setting, path != nullptr && path[0] != '\0' ? path : fallback);
 }
 
-// Formats one line with its newline in the terminator's place; returns its length, 0 when it cannot be
-// formatted.
-template <size_t N>
-__attribute__((format(printf, 2, 0))) size_t format_line(char (&line)[N], const char *format,
+// Formats one line of at most size - 1 characters, with its newline in the terminator's place; returns its
+// length, 0 when it cannot be formatted.
+__attribute__((format(printf, 3, 0))) size_t format_line(char *line, size_t size, const char *format,
                                                          va_list arguments) {
-    int wanted = vsnprintf(line, N, format, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
+    int wanted = vsnprintf(line, size, format, arguments);
     if (wanted < 0) return 0;
-    size_t length = std::min(static_cast<size_t>(wanted), N - 1);
+    size_t length = std::min(static_cast<size_t>(wanted), size - 1);
     line[length] = '\n';
     return length + 1;
 }
@@ -70,8 +70,12 @@ void append_line(const char *path, const char *line, size_t length, const char *
 } // namespace
 
 LogTime log_time() {
+    // most lines of a thread share their second with the one before
+    thread_local time_t written_for = -1;
+    thread_local LogTime time;
+    if (written_for == now_seconds()) return time;
+    written_for = now_seconds();
     struct tm now = local_time();
-    LogTime time;
     snprintf(time.text, sizeof time.text, "%4d-%02d-%02d %02d:%02d:%02d%s", now.tm_year + 1900,
              now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec, "");
     return time;
@@ -81,7 +85,7 @@ void qvtk_log(const char *format, ...) {
     char line[SHORT_LINE];
     va_list arguments;
     va_start(arguments, format);
-    size_t length = format_line(line, format, arguments);
+    size_t length = format_line(line, sizeof line, format, arguments);
     va_end(arguments);
     fwrite(line, 1, length, stdout);
 }
@@ -90,7 +94,7 @@ void qvtk_log_to_file(const char *format, ...) {
     char line[MAIN_LINE];
     va_list arguments;
     va_start(arguments, format);
-    size_t length = format_line(line, format, arguments);
+    size_t length = format_line(line, sizeof line, format, arguments);
     va_end(arguments);
     append_line(path_of(log_filepath).text, line, length, __func__, __LINE__);
 }
@@ -99,7 +103,7 @@ void qvtk_log_to_file_upgrade(const char *format, ...) {
     char line[SHORT_LINE];
     va_list arguments;
     va_start(arguments, format);
-    size_t length = format_line(line, format, arguments);
+    size_t length = format_line(line, sizeof line, format, arguments);
     va_end(arguments);
     Path path = path_of(upgrade_log_filepath);
     printf("log_filepath:%s\n", path.text);

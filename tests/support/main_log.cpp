@@ -2,7 +2,7 @@
 #include "support/main_log.h"
 
 #include <algorithm>
-#include <regex>
+#include <cstdio>
 #include <thread>
 #include <unistd.h>
 
@@ -22,12 +22,30 @@ std::string upgrade_log() {
     return text_of(UPGRADE_LOG);
 }
 
+namespace {
+
+// The line without "[time][function][line]", or the line when it does not begin so.
+std::string message_of(const std::string &line) {
+    int line_number = 0;
+    int end = 0;
+    sscanf(line.c_str(), "[%*4d-%*2d-%*2d %*2d:%*2d:%*2d][%*[^]]][%d]%n", &line_number, &end);
+    return line.substr(static_cast<size_t>(end));
+}
+
+} // namespace
+
+// A line without its "[time][function][line]", if it begins with one.
+static std::string message_of(const std::string &line) {
+    int end = 0;
+    sscanf(line.c_str(), "[%*4d-%*2d-%*2d %*2d:%*2d:%*2d][%*[A-Za-z0-9_]][%*d]%n", &end);
+    return line.substr(static_cast<size_t>(end));
+}
+
 std::vector<std::string> log_messages() {
-    static const std::regex prefix(R"(^\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\[\w+\]\[\d+\])");
     std::vector<std::string> messages;
     std::istringstream log(main_log());
     for (std::string line; std::getline(log, line);)
-        messages.push_back(std::regex_replace(line, prefix, ""));
+        messages.push_back(message_of(line));
     return messages;
 }
 

@@ -10,7 +10,7 @@ bool connect_unix(int fd, const char *path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (strlen(path) >= sizeof(address.sun_path)) return false;
-    strcpy(address.sun_path, path);
+    memcpy(address.sun_path, path, strlen(path) + 1);
     // A broker that accepts nothing any more would hold connect() for ever.
     timeval limit{HELLO_TIMEOUT_MILLIS / 1000, 0};
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));

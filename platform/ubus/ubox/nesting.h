@@ -11,8 +11,8 @@ inline size_t offset_of(const blob_buf *buf, const blob_attr *attr) {
 
 // The cookie of the innermost open container. Never null: null is how opening one fails.
 inline void *nest_cookie(const blob_buf *buf) {
-    return reinterpret_cast<void *>(offset_of(buf, buf->head) +
-                                    1); // NOLINT(performance-no-int-to-ptr): an offset
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an offset
+    return reinterpret_cast<void *>(offset_of(buf, buf->head) + 1);
 }
 
 inline size_t nest_offset(const void *cookie) {

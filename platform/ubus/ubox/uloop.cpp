@@ -125,6 +125,7 @@ void serve(uloop_fd *sock, short ready) {
 void poll_once(int timeout) {
     std::vector<uloop_fd *> socks = watched;
     std::vector<pollfd> fds;
+    fds.reserve(socks.size() + 1);
     for (const uloop_fd *sock : socks)
         fds.push_back({sock->fd, poll_events(sock), 0});
     fds.push_back({wake_fd, POLLIN, 0});

@@ -69,9 +69,9 @@ TEST(Bus, TakesOverOnlyASocketThatNobodyServes) {
 // Callers on connections of their own do not meet; for the thread sanitizer.
 TEST(Bus, SeveralThreadsCallAtOnce) {
     ServedBus bus;
-    std::vector<std::thread> threads;
+    std::thread threads[3];
     for (int i = 0; i < 3; i++) {
-        threads.emplace_back([i] {
+        threads[i] = std::thread([i] {
             Context context(ubus_connect(BUS_PATH));
             uint32_t id = 0;
             ASSERT_EQ(ubus_lookup_id(context.get(), "own.demo", &id), 0);

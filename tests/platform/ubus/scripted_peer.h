@@ -68,7 +68,7 @@ class Wire {
 inline int unix_stream(sockaddr_un *address, const char *path) {
     *address = {};
     address->sun_family = AF_UNIX;
-    strcpy(address->sun_path, path);
+    std::string(path).copy(address->sun_path, sizeof(address->sun_path) - 1);
     return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 }
 

@@ -172,10 +172,10 @@ static inline struct blob_attr *blob_put_u64(struct blob_buf *buf, int id, uint6
 
 /* Goes on while the attribute at `pos` lies within the `rem` bytes left. */
 #define __blob_for_each(pos, start, length, rem)                                                             \
-    for (rem = (length), pos = (struct blob_attr *)(start);                                                  \
-         rem >= sizeof(struct blob_attr) && blob_pad_len(pos) <= rem &&                                      \
+    for ((rem) = (length), (pos) = (struct blob_attr *)(start);                                              \
+         (rem) >= sizeof(struct blob_attr) && blob_pad_len(pos) <= (rem) &&                                  \
          blob_pad_len(pos) >= sizeof(struct blob_attr);                                                      \
-         rem -= blob_pad_len(pos), pos = blob_next(pos))
+         (rem) -= blob_pad_len(pos), (pos) = blob_next(pos))
 /* rem is a size_t; attr may be NULL. */
 #define blob_for_each_attr(pos, attr, rem)                                                                   \
     __blob_for_each(pos, (attr) ? blob_data(attr) : NULL, (attr) ? blob_len(attr) : 0, rem)

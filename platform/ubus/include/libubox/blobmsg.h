@@ -58,7 +58,8 @@ static inline size_t __blobmsg_value_offset(const struct blob_attr *attr) {
 
 /* The value; NULL for NULL. */
 static inline void *blobmsg_data(const struct blob_attr *attr) {
-    return attr ? (char *)blob_data(attr) + __blobmsg_value_offset(attr) : NULL;
+    return attr ? (char *)blob_data(attr) + __blobmsg_value_offset(attr)
+                : NULL; /* NOLINT(modernize-use-nullptr): C as well */
 }
 
 /* Its length in bytes; 0 for NULL and where the header does not fit. */

@@ -25,6 +25,7 @@ char *blobmsg_format_json_with_cb(struct blob_attr *attr, bool list, blobmsg_jso
 char *blobmsg_format_json_value_with_cb(struct blob_attr *attr, blobmsg_json_format_t cb, void *priv,
                                         int indent);
 
+/* NOLINTBEGIN(modernize-use-nullptr): C as well */
 static inline char *blobmsg_format_json(struct blob_attr *attr, bool list) {
     return blobmsg_format_json_with_cb(attr, list, NULL, NULL, -1);
 }
@@ -40,5 +41,7 @@ static inline char *blobmsg_format_json_value(struct blob_attr *attr) {
 static inline char *blobmsg_format_json_value_indent(struct blob_attr *attr, int indent) {
     return blobmsg_format_json_value_with_cb(attr, NULL, NULL, indent);
 }
+
+/* NOLINTEND(modernize-use-nullptr) */
 
 #endif

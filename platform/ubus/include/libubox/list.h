@@ -45,7 +45,7 @@ static inline void list_add(struct list_head *node, struct list_head *head) {
 static inline void list_del(struct list_head *node) {
     node->next->prev = node->prev;
     node->prev->next = node->next;
-    node->next = node->prev = NULL;
+    node->next = node->prev = NULL; /* NOLINT(modernize-use-nullptr): C as well */
 }
 
 static inline void list_del_init(struct list_head *node) {
@@ -55,9 +55,10 @@ static inline void list_del_init(struct list_head *node) {
 
 #define list_entry(pointer, type, member) container_of(pointer, type, member)
 #define list_first_entry(head, type, member) list_entry((head)->next, type, member)
-#define list_for_each(pos, head) for (pos = (head)->next; pos != (head); pos = pos->next)
+#define list_for_each(pos, head) for ((pos) = (head)->next; (pos) != (head); (pos) = (pos)->next)
 /* The same while `pos` may leave the list. */
 #define list_for_each_safe(pos, following, head)                                                             \
-    for (pos = (head)->next, following = pos->next; pos != (head); pos = following, following = pos->next)
+    for ((pos) = (head)->next, (following) = (pos)->next; (pos) != (head);                                   \
+         (pos) = (following), (following) = (pos)->next)
 
 #endif

@@ -74,7 +74,8 @@ int build_head(const Head &head, const HeadKind &kind, LogSite site) {
 }
 
 int add_runtimes(json_object *body, const RequestSender &) {
-    JsonRoot list(runtimeList_report()); // the member is left out when there is no list
+    JsonRoot list(runtimeList_report());
+    if (!list) list.reset(json_object_new_array()); // a day without a file is a day without clients
     if (JsonSetObj(body, nullptr, "runtimeList", list.get())) (void)list.release();
     return HEAD_OK;
 }

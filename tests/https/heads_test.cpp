@@ -53,6 +53,8 @@ TEST(Heads, BodySignatureAndAddress) {
         EXPECT_EQ(built.sign, expected_sign("SIM2408000017"));
         EXPECT_EQ(built.url, "https://127.0.0.1:11443/device-api/device/" + c.path);
     }
+    unlink("/aptmp/runTime_oneDay.log");
+    EXPECT_EQ(Built(post_runtime_head).body, start + R"(,"runtimeList":[]})");
     rig.router.set_state("/vrop.ftinfo/iswversion", "\"V1.0.2\"");
     EXPECT_NE(
         std::string(Built(post_upgradeprogress_head).body).find(R"("progress":-1,"oldVersion":"V1.0.2")"),

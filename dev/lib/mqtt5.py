@@ -1,225 +1,124 @@
 # SPDX-License-Identifier: Apache-2.0
-"""As much of an MQTT 5 client (OASIS standard) as a command line tool needs, on the standard library alone."""
-import select
+"""MQTT 5 for a command line tool: paho, with what arrives in a queue and every wait bounded."""
+import queue
+import secrets
 import socket
-import ssl
-import struct
+import threading
 import time
 
-CONNECT, CONNACK, PUBLISH, PUBACK, SUBSCRIBE, SUBACK, PINGREQ, PINGRESP, DISCONNECT = 1, 2, 3, 4, 8, 9, 12, 13, 14
-RESPONSE_TOPIC, CORRELATION_DATA, USER_PROPERTY = 0x08, 0x09, 0x26
-NO_MATCHING_SUBSCRIBERS = 0x10
-FAILURE = 0x80
-# Properties by identifier: how many bytes the value has, or "text", "pair", "varint"
-SIZES = {0x01: 1, 0x02: 4, 0x03: "text", RESPONSE_TOPIC: "text", CORRELATION_DATA: "text", 0x0B: "varint", 0x11: 4,
-         0x12: "text", 0x13: 2, 0x15: "text", 0x16: "text", 0x17: 1, 0x18: 4, 0x19: 1, 0x1A: "text", 0x1C: "text",
-         0x1F: "text", 0x21: 2, 0x22: 2, 0x23: 2, 0x24: 1, 0x25: 1, USER_PROPERTY: "pair", 0x27: 4, 0x28: 1, 0x29: 1,
-         0x2A: 1}
+from paho.mqtt import client as paho
+from paho.mqtt.packettypes import PacketTypes
+from paho.mqtt.properties import Properties
 
 
 class MqttError(Exception):
-    """The broker cannot be reached, refuses, or breaks the protocol."""
-
-
-def varint(number):
-    out = bytearray()
-    while True:
-        number, low = divmod(number, 128)
-        out.append(low | (0x80 if number else 0))
-        if not number:
-            return bytes(out)
-
-
-def text(value):
-    data = value if isinstance(value, bytes) else value.encode()
-    return struct.pack(">H", len(data)) + data
-
-
-class Reader:
-    """Takes a packet's body apart; a body that ends early is an MqttError."""
-
-    def __init__(self, data):
-        self.data, self.at = data, 0
-
-    def take(self, count):
-        piece = self.data[self.at:self.at + count]
-        if len(piece) < count:
-            raise MqttError("the broker sent a broken packet")
-        self.at += count
-        return piece
-
-    def number(self, count):
-        return int.from_bytes(self.take(count), "big")
-
-    def text(self):
-        return self.take(self.number(2))
-
-    def varint(self):
-        value = shift = 0
-        while True:
-            byte = self.number(1)
-            value |= (byte & 0x7F) << shift
-            shift += 7
-            if not byte & 0x80:
-                return value
-
-    def rest(self):
-        return self.data[self.at:]
-
-    def properties(self):
-        """{identifier: value}; the user properties as a dictionary of their own."""
-        inner = Reader(self.take(self.varint()))
-        found = {USER_PROPERTY: {}}
-        while inner.rest():
-            identifier = inner.varint()
-            kind = SIZES.get(identifier)
-            if kind is None:
-                raise MqttError("the broker sent an unknown property")
-            if kind == "pair":
-                key = inner.text().decode(errors="replace")
-                found[USER_PROPERTY][key] = inner.text().decode(errors="replace")
-            elif kind == "text":
-                found[identifier] = inner.text()
-            else:
-                found[identifier] = inner.varint() if kind == "varint" else inner.number(kind)
-        return found
+    """The broker cannot be reached, refuses, or has gone."""
 
 
 class Message:
-    def __init__(self, flags, reader):
-        self.retained = bool(flags & 1)
-        self.qos = flags >> 1 & 3
-        self.topic = reader.text().decode(errors="replace")
-        self.packet_id = reader.number(2) if self.qos else None
-        properties = reader.properties()
-        self.correlation = properties.get(CORRELATION_DATA, b"")
-        self.user = properties[USER_PROPERTY]
-        self.payload = reader.rest().decode(errors="replace")
+    def __init__(self, message):
+        properties = message.properties
+        self.topic = message.topic
+        self.payload = message.payload.decode(errors="replace")
+        self.correlation = getattr(properties, "CorrelationData", b"")
+        self.user = dict(getattr(properties, "UserProperty", []))
+
+
+class Client(paho.Client):
+    """paho's client, over a Unix socket too."""
+    unix_socket = None
+
+    def _create_socket_connection(self):
+        if self.unix_socket is None:
+            return super()._create_socket_connection()
+        connection = socket.socket(socket.AF_UNIX)
+        connection.settimeout(self._connect_timeout)
+        connection.connect(self.unix_socket)
+        return connection
 
 
 class Connection:
     """One clean session. `address` is HOST, HOST:PORT or the path of a Unix socket."""
 
     def __init__(self, address, timeout, username=None, password=None, cafile=None):
-        self.messages = []
-        self.next_id = 0
-        self.buffer = bytearray()
-        deadline = time.monotonic() + timeout
+        self.arrived = queue.Queue()  # messages, or the MqttError that ended the connection
+        self.answers = {}             # (kind, packet id): reason codes of the broker's answers
+        self.answered = threading.Condition()
+        self.client = Client(client_id="", protocol=paho.MQTTv5, reconnect_on_failure=False)
+        self.client.on_connect = lambda _c, _u, _f, reason, _p: self.answer("connect", 0, [reason])
+        self.client.on_subscribe = lambda _c, _u, packet, reasons, _p: self.answer("subscribe", packet, reasons)
+        self.client.on_message = lambda _c, _u, message: self.arrived.put(Message(message))
+        self.client.on_disconnect = lambda *_: self.lose()
+        if username:
+            self.client.username_pw_set(username, password)
         try:
-            self.socket = self.open(address, timeout, cafile)
+            self.open(address, timeout, cafile)
         except (OSError, ValueError, UnicodeError) as error:
             raise MqttError(f"no broker at {address}: {error}") from error
-        flags = 2 | (0x80 if username else 0) | (0x40 if password else 0)
-        body = text("MQTT") + bytes([5, flags, 0, 0]) + varint(0) + text("")
-        body += (text(username) if username else b"") + (text(password) if password else b"")
-        self.send(CONNECT, 0, body)
-        reply = self.wait_for(CONNACK, deadline)
-        if reply is None:
-            raise MqttError(f"the broker at {address} does not answer")
-        reply.take(1)
-        if reason := reply.number(1):
-            raise MqttError(f"the broker at {address} refuses the connection (reason {reason})")
+        reason = self.await_answer("connect", 0, timeout, f"the broker at {address}")[0]
+        if reason.value >= 0x80:
+            raise MqttError(f"the broker at {address} refuses the connection ({reason})")
 
-    @staticmethod
-    def open(address, timeout, cafile):
+    def open(self, address, timeout, cafile):
+        self.client._connect_timeout = timeout
+        host, port = "localhost", 1883
         if address.startswith("/"):
-            connection = socket.socket(socket.AF_UNIX)
-            connection.settimeout(timeout)
-            connection.connect(address)
-            return connection
-        host, colon, port = address.rpartition(":")
-        if not colon:
-            host, port = address, 8883 if cafile else 1883
-        host = host.strip("[]")
-        connection = socket.create_connection((host, int(port)), timeout)
+            self.client.unix_socket = address
+        else:
+            host, colon, number = address.rpartition(":")
+            host, port = (host.strip("[]"), int(number)) if colon else (address, 8883 if cafile else 1883)
         if cafile:
-            connection = ssl.create_default_context(cafile=cafile).wrap_socket(connection, server_hostname=host)
-        return connection
+            self.client.tls_set(cafile)
+        self.client.connect(host, port, clean_start=True)
+        self.client.loop_start()
 
-    def send(self, kind, flags, body):
-        try:
-            self.socket.sendall(bytes([kind << 4 | flags]) + varint(len(body)) + body)
-        except OSError as error:
-            raise MqttError(f"the connection to the broker broke: {error}") from error
+    def answer(self, kind, packet, reasons):
+        with self.answered:
+            self.answers[kind, packet] = reasons
+            self.answered.notify_all()
 
-    def take_packet(self):
-        """(kind, flags, Reader) out of what has arrived, or None while it is not whole."""
-        size = shift = 0
-        for at, byte in enumerate(self.buffer[1:5], 1):
-            size |= (byte & 0x7F) << shift
-            shift += 7
-            if not byte & 0x80:
-                end = at + 1 + size
-                if len(self.buffer) < end:
-                    return None
-                head, body = self.buffer[0], bytes(self.buffer[at + 1:end])
-                del self.buffer[:end]
-                return head >> 4, head & 0x0F, Reader(body)
-        if len(self.buffer) >= 5:
-            raise MqttError("the broker sent a broken packet")
-        return None
+    def lose(self):
+        self.arrived.put(MqttError("the broker closed the connection"))
+        self.answer("lost", 0, True)
 
-    def receive(self, deadline):
-        """The next packet, or None when the deadline (monotonic, None: never) has passed."""
-        while (packet := self.take_packet()) is None:
-            pending = isinstance(self.socket, ssl.SSLSocket) and self.socket.pending()
-            left = None if deadline is None else max(0, deadline - time.monotonic())
-            if not pending and not select.select([self.socket], [], [], left)[0]:
-                return None
-            try:
-                piece = self.socket.recv(65536)
-            except OSError as error:
-                raise MqttError(f"the connection to the broker broke: {error}") from error
-            if not piece:
-                raise MqttError("the broker closed the connection")
-            self.buffer += piece
-        kind, flags, reader = packet
-        if kind == PUBLISH:
-            message = Message(flags, reader)
-            if message.qos:
-                self.send(PUBACK, 0, struct.pack(">H", message.packet_id))
-            self.messages.append(message)
-        elif kind == DISCONNECT:
-            raise MqttError("the broker closed the connection")
-        return packet
-
-    def wait_for(self, kind, deadline):
-        while packet := self.receive(deadline):
-            if packet[0] == kind:
-                return packet[2]
-        return None
-
-    def packet_id(self):
-        self.next_id += 1
-        return struct.pack(">H", self.next_id)
+    def await_answer(self, kind, packet, timeout, who="the broker"):
+        with self.answered:
+            self.answered.wait_for(lambda: (kind, packet) in self.answers or ("lost", 0) in self.answers, timeout)
+            if (kind, packet) in self.answers:
+                return self.answers.pop((kind, packet))
+            raise MqttError("the broker closed the connection" if self.answers else f"{who} does not answer")
 
     def subscribe(self, filters, timeout):
-        body = self.packet_id() + varint(0) + b"".join(text(item) + b"\x01" for item in filters)
-        self.send(SUBSCRIBE, 2, body)
-        reply = self.wait_for(SUBACK, time.monotonic() + timeout)
-        if reply is None:
-            raise MqttError("the broker does not answer")
-        reply.take(2)
-        reply.properties()
-        if max(reply.rest()) >= FAILURE:
+        result, packet = self.client.subscribe([(item, paho.SubscribeOptions(qos=1)) for item in filters])
+        if result != paho.MQTT_ERR_SUCCESS:
+            raise MqttError("the broker closed the connection")
+        if any(reason.value >= 0x80 for reason in self.await_answer("subscribe", packet, timeout)):
             raise MqttError("the broker refuses the subscription")
 
     def drain(self, timeout):
         """Everything that the broker had to say up to now, the retained messages of new subscriptions included."""
-        self.send(PINGREQ, 0, b"")
-        if self.wait_for(PINGRESP, time.monotonic() + timeout) is None:
-            raise MqttError("the broker does not answer")
-        messages, self.messages = self.messages, []
+        self.subscribe([f"nothing/{secrets.token_hex(8)}"], timeout)  # answered after what came before it
+        messages = []
+        while not self.arrived.empty():
+            messages.append(self.taken(self.arrived.get()))
         return messages
 
     def publish(self, topic, payload, response_topic, correlation):
-        """Sends a request; its reason code arrives as a PUBACK."""
-        properties = bytes([RESPONSE_TOPIC]) + text(response_topic) + bytes([CORRELATION_DATA]) + text(correlation)
-        self.send(PUBLISH, 2, text(topic) + self.packet_id() + varint(len(properties)) + properties + payload.encode())
+        properties = Properties(PacketTypes.PUBLISH)
+        properties.ResponseTopic = response_topic
+        properties.CorrelationData = correlation
+        self.client.publish(topic, payload.encode(), qos=1, properties=properties)
 
     def next_message(self, deadline):
-        """The next message, or None when the deadline has passed."""
-        while not self.messages:
-            if self.receive(deadline) is None:
-                return None
-        return self.messages.pop(0)
+        """The next message, or None when the deadline (monotonic, None: never) has passed."""
+        try:
+            left = None if deadline is None else max(0, deadline - time.monotonic())
+            return self.taken(self.arrived.get(timeout=left))
+        except queue.Empty:
+            return None
+
+    @staticmethod
+    def taken(arrival):
+        if isinstance(arrival, MqttError):
+            raise arrival
+        return arrival

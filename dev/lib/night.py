@@ -18,8 +18,8 @@ def night_second():
     point is drawn from the time at which it starts."""
     libc = ctypes.CDLL("libc.so.6")
     for second in (NIGHT + day * 86400 + at for day in range(30) for at in range(14400)):
-        libc.srand(second)
-        point = WINDOW.start + libc.rand() % len(WINDOW)
+        seed = ctypes.c_uint(second)
+        point = WINDOW.start + libc.rand_r(ctypes.byref(seed)) % len(WINDOW)
         if point < second % 86400 <= point + 4:
             return second
     raise Failed("no night has such a second")

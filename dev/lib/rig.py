@@ -103,27 +103,26 @@ class Rig:
     def start(self, name, command, environment=None):
         log = open(self.home / f"{name}.log", "ab")
         self.processes[name] = subprocess.Popen([str(word) for word in command], stdout=log, stderr=log,
-                                                stdin=subprocess.DEVNULL, env=environment or self.environment)
+                                                stdin=subprocess.DEVNULL, env=environment or self.environment,
+                                                start_new_session=True)
         return self.processes[name]
 
     def stop(self, name, number=signal.SIGTERM):
         """Ends a process and gives its exit status."""
-        process = self.processes.pop(name, None)
-        if process is None:
-            return None
-        process.send_signal(number)
+        process = self.processes.pop(name)
+        if process.poll() is not None:
+            return process.returncode
+        os.killpg(process.pid, number)  # a wrapper's child too
         try:
             return process.wait(LIMIT)
         except subprocess.TimeoutExpired:
-            process.kill()
+            os.killpg(process.pid, signal.SIGKILL)
             process.wait()
             raise Failed(f"{name} did not end on signal {number}") from None
 
     def stop_all(self):
         for name in reversed(list(self.processes)):
-            process = self.processes.pop(name)
-            process.kill()
-            process.wait()
+            self.stop(name, signal.SIGKILL)
 
     def start_broker(self):
         config = self.home / "broker.conf"

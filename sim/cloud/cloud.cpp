@@ -25,7 +25,7 @@ struct Cloud::Impl {
     std::unique_ptr<Listener> listener, control_listener;
 };
 
-Cloud::Cloud(Options options) : impl_(std::make_unique<Impl>(options)) {
+Cloud::Cloud(const Options &options) : impl_(std::make_unique<Impl>(options)) {
     add_signed_endpoints(impl_->server, impl_->services);
     add_transfers(impl_->server, impl_->services);
     add_control(impl_->control, *this);
@@ -103,7 +103,7 @@ void Cloud::set_settings(const std::string &json) {
     impl_->services.catalog.settings(json);
 }
 
-std::string Cloud::add_backup(const std::string &name, std::string bytes) {
+std::string Cloud::add_backup(const std::string &name, const std::string &bytes) {
     require_plain_name(name);
     impl_->services.backups.put(name, bytes);
     return "/backup/" + name;

@@ -106,7 +106,7 @@ struct Options {
 
 class Cloud {
   public:
-    explicit Cloud(Options options = {});
+    explicit Cloud(const Options &options = {});
     ~Cloud(); // stops
     Cloud(const Cloud &) = delete;
     Cloud &operator=(const Cloud &) = delete;
@@ -128,7 +128,7 @@ class Cloud {
     // The "data" of get-settings' answer: any JSON text. Throws std::invalid_argument when it is not JSON.
     void set_settings(const std::string &json);
     // Serves `bytes` as /backup/NAME and returns the path. Throws std::invalid_argument on a bad name.
-    std::string add_backup(const std::string &name, std::string bytes);
+    std::string add_backup(const std::string &name, const std::string &bytes);
 
     // Faults of one endpoint apply in the order they were given, each until its count is used up; one of the
     // endpoint itself goes before one of "any".

@@ -132,9 +132,9 @@ TEST(CloudFaults, ApplyInTurnToTheirEndpoint) {
     server.cloud.fault({.endpoint = "any", .count = 0, .status = 599});
     server.cloud.fault({.endpoint = "firmware", .count = 2, .status = 501});
     server.cloud.fault({.endpoint = "firmware", .status = 502});
-    std::vector<long> statuses;
-    for (int i = 0; i < 5; i++)
-        statuses.push_back(server.download().status);
+    std::vector<long> statuses(5);
+    for (long &status : statuses)
+        status = server.download().status;
     EXPECT_THAT(statuses, testing::ElementsAre(501, 501, 502, 599, 599));
     EXPECT_EQ(server.cloud.pending_faults(), 1u);
     server.cloud.clear_faults();
@@ -170,10 +170,10 @@ TEST(CloudFaults, StopEndsEverythingAtOnce) {
     Faulty server(Scheme::https);
     server.cloud.fault({.silent = true});
     server.cloud.fault({.delay = std::chrono::minutes(10)});
-    std::vector<std::thread> clients;
-    for (int i = 0; i < 2; i++)
-        clients.emplace_back(
-            [&] { perform({.url = server.cloud.url("/firmware/image.bin"), .timeout_ms = 60000}); });
+    auto wait_for_it = [&] {
+        perform({.url = server.cloud.url("/firmware/image.bin"), .timeout_ms = 60000});
+    };
+    std::thread clients[] = {std::thread(wait_for_it), std::thread(wait_for_it)};
     server.cloud.wait_requests(2);
     auto start = steady_clock::now();
     server.cloud.stop();

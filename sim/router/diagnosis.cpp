@@ -2,7 +2,6 @@
 // Pings and the download speed test.
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 
 #include "sim/router/world.h"

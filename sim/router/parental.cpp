@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Parental control: the supervised devices, their switches, and timed disconnections.
 #include <algorithm>
-#include <ctime>
 
 #include "sim/router/world.h"
 

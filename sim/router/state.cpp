@@ -119,10 +119,12 @@ void State::erase(const std::string &pointer) {
     if (slash == std::string::npos) throw std::runtime_error("nothing to erase at " + pointer);
     json_object *parent = at(place.substr(0, slash));
     std::string last = place.substr(slash + 1);
-    if (json_object_is_type(parent, json_type_array))
-        json_object_array_del_idx(parent, std::stoul(last), 1);
-    else
+    if (json_object_is_type(parent, json_type_object)) {
         json_object_object_del(parent, last.c_str());
+        return;
+    }
+    at(place); // an element has a number, then
+    json_object_array_del_idx(parent, std::stoul(last), 1);
 }
 
 JsonRoot State::view(const std::string &pointer) const {

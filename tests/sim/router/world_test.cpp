@@ -134,6 +134,8 @@ TEST(World, StartsFromAPatchOfTheHome) {
     EXPECT_THROW(router::Router("[]"), std::runtime_error);
     EXPECT_THROW(router.set_state("/vrop.none/x", "1"), std::runtime_error);
     EXPECT_THROW(router.set_state("/vrop.ftinfo/sn", "{"), std::runtime_error);
+    EXPECT_THROW(router.erase_state("/vrop.timer/first"), std::runtime_error);
+    EXPECT_THROW(router.erase_state("/vrop.none/x"), std::runtime_error);
 }
 
 } // namespace

@@ -22,18 +22,6 @@ std::string upgrade_log() {
     return text_of(UPGRADE_LOG);
 }
 
-namespace {
-
-// The line without "[time][function][line]", or the line when it does not begin so.
-std::string message_of(const std::string &line) {
-    int line_number = 0;
-    int end = 0;
-    sscanf(line.c_str(), "[%*4d-%*2d-%*2d %*2d:%*2d:%*2d][%*[^]]][%d]%n", &line_number, &end);
-    return line.substr(static_cast<size_t>(end));
-}
-
-} // namespace
-
 // A line without its "[time][function][line]", if it begins with one.
 static std::string message_of(const std::string &line) {
     int end = 0;

@@ -96,7 +96,7 @@ def bus_restarted(rig, watch):
 
 @step("a client joins the Wi-Fi")
 def client_joins(rig, watch):
-    rig.bus("sim", "station", {"mac": "A0:B1:C2:00:00:77", "radio": "5G"})
+    rig.bus("sim", "station", {"mac": "a0b1c2000077", "radio": "5G"})
 
 
 def route(kind, members):
@@ -166,7 +166,7 @@ def switches(rig, watch):
 
 @step("the client that joined is announced")
 def client_announced(rig, watch):
-    return watch.wait("event/deviceConnet .*00:00:77", limit=60).split("  ")[-1]
+    return watch.wait("event/deviceConnet .*a0b1c2000077", limit=60).split("  ")[-1]
 
 
 def reported_progress(rig):

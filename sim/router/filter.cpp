@@ -27,6 +27,7 @@ JsonRoot add_entry(World &world, const Request &request) {
     for (std::size_t i = 0; i < length_of(entries); i++)
         highest = std::max(highest, integer_of(element(entries, i), "index"));
     JsonRoot entry = copy_json(request.arguments);
+    put(entry.get(), "mac", spell_mac(text_of(request.arguments, "mac")));
     put(entry.get(), "index", highest + 1);
     json_object_array_add(entries, entry.release());
     return result();

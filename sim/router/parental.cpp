@@ -35,7 +35,7 @@ std::string supervise(World &world, const Request &request) {
     const std::string mac = text_of(request.arguments, "mac");
     if (std::string place = place_of_device(world, mac); !place.empty()) return place;
     JsonRoot device = new_object();
-    put(device.get(), "mac", mac);
+    put(device.get(), "mac", spell_mac(mac));
     put(device.get(), "hostname", text_of(request.arguments, "hostname"));
     for (const char *name : {"today", "yesterday", "week"})
         put(device.get(), name, std::string("00000000"));

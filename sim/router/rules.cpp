@@ -43,7 +43,7 @@ json_object *find_entry(const World &world, const char *place, const std::string
 json_object *entry_of(World &world, const char *place, const std::string &mac) {
     if (json_object *entry = find_entry(world, place, mac)) return entry;
     JsonRoot entry = new_object();
-    put(entry.get(), "mac", mac);
+    put(entry.get(), "mac", spell_mac(mac));
     put(entry.get(), "list", JsonRoot(json_object_new_array()));
     json_object_array_add(world.state.at(place), entry.release());
     return find_entry(world, place, mac);

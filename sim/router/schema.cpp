@@ -36,15 +36,8 @@ bool are_addresses(std::string value, int max) {
     return false;
 }
 
-std::string mac_digits(const std::string &mac) {
-    std::string digits;
-    for (char c : mac)
-        if (c != ':' && c != '-') digits += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return digits;
-}
-
 bool is_mac(const std::string &value) {
-    std::string digits = mac_digits(value);
+    std::string digits = spell_mac(value);
     return digits.size() == 12 &&
            std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
 }
@@ -118,8 +111,15 @@ int bus_type(const Field &field) {
     return field.kind == Field::Kind::Any ? BLOBMSG_TYPE_UNSPEC : BLOBMSG_TYPE_STRING;
 }
 
+std::string spell_mac(const std::string &mac) {
+    std::string digits;
+    for (char c : mac)
+        if (c != ':' && c != '-') digits += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return digits;
+}
+
 bool same_mac(const std::string &one, const std::string &other) {
-    return mac_digits(one) == mac_digits(other);
+    return spell_mac(one) == spell_mac(other);
 }
 
 } // namespace router

@@ -82,7 +82,9 @@ std::string describe(const Field &field);
 // The blobmsg type that the bus lists for it.
 int bus_type(const Field &field);
 
-// The same MAC address in another spelling is the same station.
+// A MAC address as the daemon spells it: twelve lower-case digits without separators.
+std::string spell_mac(const std::string &mac);
+// The same address in another spelling is the same station.
 bool same_mac(const std::string &one, const std::string &other);
 
 } // namespace router

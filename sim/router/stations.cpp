@@ -46,7 +46,7 @@ void add_station(World &world, const std::string &mac) {
     const std::size_t number = 101 + length_of(stations);
     const std::string network = "192.168." + std::to_string(10 + number / 250) + ".";
     JsonRoot station = new_object();
-    put(station.get(), "mac", mac);
+    put(station.get(), "mac", spell_mac(mac));
     put(station.get(), "ipaddr", network + std::to_string(1 + number % 250));
     put(station.get(), "devname", std::string());
     put(station.get(), "hostname", "station-" + std::to_string(number));

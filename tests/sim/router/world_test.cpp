@@ -38,7 +38,8 @@ TEST(World, HasStationsThatComeAndGo) {
     EXPECT_EQ(client.call("sim", "station", R"({"mac":"02a0c9000007","radio":"away"})"), R"({"result":"0"})");
     EXPECT_EQ(home.router.value("/vrop.laninfo/6/active"), "0");
     EXPECT_EQ(home.router.value("/vrop.laninfo/6/uptime"), "");
-    home.router.station("02a0c90000aa", "0");
+    home.router.station("02:A0:C9:00:00:AA", "0");
+    EXPECT_EQ(home.router.value("/vrop.laninfo/10/mac"), R"("02a0c90000aa")");
     EXPECT_EQ(client.call_for("vrop.laninfo", "list", "/vrop.laninfo/10/hostname"), R"("station-111")");
     EXPECT_EQ(client.call_for("sim", "station", "/result", R"({"mac":"02a0c90000ab","radio":"away"})"),
               R"("1")");

@@ -2,12 +2,12 @@
 // The simulated router as a program.
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
 #include "sim/router/faults.h"
+#include "sim/router/images.h"
 #include "sim/router/listing.h"
 #include "sim/router/router.h"
 
@@ -85,8 +85,7 @@ int serve(const Options &options) {
 
     router::Router router(options.patch);
     apply(options, router);
-    if (!router::share_images())
-        fprintf(stderr, "routersim: /tmp and /aptmp do not share the images: %s\n", strerror(errno));
+    if (!router::share_images()) fprintf(stderr, "routersim: cannot link the images of /tmp to /aptmp\n");
     router.run_clock(true);
     router.start(options.socket);
     printf("routersim: serving %s\n", options.socket.c_str());

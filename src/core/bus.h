@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Calls of the router's configuration daemon over ubus: one connection per process, opened anew when it was
-// lost; one call at a time, under ubus_mutex; object ids looked up once and kept. Any thread may call any of
-// these.
+// lost; one call at a time, under ubus_mutex; object ids looked up once and kept. Any thread may call
+// these, the raw calls with the lock held.
 //
 // Replies are JSON documents that the caller owns through the root it passes in; the object returned is
 // borrowed from that root. The root is set only when a function returns non-null.
@@ -27,7 +27,8 @@ ubus_context *ubus_init(int add_to_loop);
 // Closes the connection.
 void ubus_done();
 
-// Raw calls: the reply, owned by the caller, or null when there was none. A message may be null.
+// Raw calls: the reply, owned by the caller, or null when there was none. A message may be null. The caller
+// holds ubus_mutex; the access functions below take it themselves.
 json_object *_ubus_call(const char *object, const char *method, blob_attr *message);
 json_object *_ubus_call_(ubus_context *connection, const char *object, const char *method,
                          blob_attr *message);

@@ -129,7 +129,7 @@ json_object *describe_task(json_object *task, const char *time_key, const char *
     JsonRoot entry(json_object_new_object());
     JsonRoot array(days_array(days));
     if (JsonSetObj(entry.get(), nullptr, "daysOfWeek", array.get()) == 0) return nullptr;
-    array.release(); // now the entry's
+    static_cast<void>(array.release()); // now the entry's
     JsonSetStr(entry.get(), nullptr, time_key, time);
     JsonSetBool(entry.get(), nullptr, "open", _json_get_int(task, "enable") != 0);
     return entry.release();

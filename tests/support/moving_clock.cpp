@@ -26,8 +26,8 @@ void pause(Millis millis) {
         now_millis += millis;
         if (asked.size() < PAUSES_KEPT) asked.push_back(millis);
         call = hook;
+        paused.notify_all(); // under the lock: whoever waits may end the program, and this object, next
     }
-    paused.notify_all();
     if (call) call(millis);
     std::this_thread::yield();
 }

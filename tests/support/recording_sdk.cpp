@@ -30,8 +30,8 @@ int record(const char *function, int result, Arguments... arguments) {
     {
         std::lock_guard lock(mutex);
         made.push_back({function, {argument(arguments)...}});
+        called.notify_all(); // under the lock: whoever waits may end the program, and this object, next
     }
-    called.notify_all();
     return result;
 }
 

@@ -2,13 +2,13 @@
 #include "core/bus.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
 
 #include "core/bus_connection.h"
 #include "core/bus_library.h"
+#include "core/bus_reply.h"
 #include "core/clock.h"
 
 std::mutex ubus_mutex;
@@ -23,13 +23,8 @@ struct Outcome {
     JsonRoot reply;
 };
 
-struct FreeText {
-    void operator()(char *text) const { free(text); }
-};
-
 void take_reply(ubus_request *request, int, blob_attr *message) {
-    std::unique_ptr<char, FreeText> text(blobmsg_format_json(message, true));
-    static_cast<JsonRoot *>(request->priv)->reset(text ? json_tokener_parse(text.get()) : nullptr);
+    *static_cast<JsonRoot *>(request->priv) = bus::reply_document(message);
 }
 
 int invoke(ubus_context *connection, uint32_t id, const char *method, blob_attr *message, JsonRoot *reply) {

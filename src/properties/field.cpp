@@ -77,25 +77,26 @@ void read_daemon(Fields fields, json_object *reply, void *record) {
     for (const Field &field : fields) {
         json_object *member = nullptr;
         if (field.daemon == nullptr || JsonGetObj(reply, field.daemon, &member) == 0) continue;
-        const char *text = _json_get_str(reply, field.daemon);
         if (field.kind == FieldKind::Text)
-            copy_text(static_cast<char *>(record) + field.offset, field.width, text);
+            copy_text(static_cast<char *>(record) + field.offset, field.width,
+                      _json_get_str(member, nullptr));
         else if (field.from_text != nullptr)
-            *integer_of(field, record) = field.from_text(text);
+            *integer_of(field, record) = field.from_text(_json_get_str(member, nullptr));
         else
-            *integer_of(field, record) = _json_get_int(reply, field.daemon);
+            *integer_of(field, record) = _json_get_int(member, nullptr);
     }
 }
 
 int write_document(Fields fields, const void *record, json_object *document, const char *path) {
+    json_object *object = JsonCreatePath(document, path);
     int written = 1;
     for (const Field &field : fields) {
         if (field.kind == FieldKind::Text)
-            written &= JsonSetStr(document, path, field.cloud, text_of(field, record));
+            written &= JsonSetStr(object, nullptr, field.cloud, text_of(field, record));
         else if (field.kind == FieldKind::Switch)
-            written &= JsonSetBool(document, path, field.cloud, integer_of(field, record) != 0);
+            written &= JsonSetBool(object, nullptr, field.cloud, integer_of(field, record) != 0);
         else
-            written &= JsonSetInt64(document, path, field.cloud, integer_of(field, record));
+            written &= JsonSetInt64(object, nullptr, field.cloud, integer_of(field, record));
     }
     return written == 1 ? 0 : -1;
 }

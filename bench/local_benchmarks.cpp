@@ -86,17 +86,16 @@ bool append_bare(const char *line) {
     return write_all(file.get(), line, strlen(line));
 }
 
+bool append_logged() {
+    LOG("otaCheckInterval:%d, minInterval:%d, maxInterval:%d", 3600, 60, 86400);
+    return true;
+}
+
 void log_line(benchmark::State &state) {
-    compare(
-        state, {.with = "open, write, close"},
-        [] {
-            LOG("otaCheckInterval:%d, minInterval:%d, maxInterval:%d", 3600, 60, 86400);
-            return true;
-        },
-        [] {
-            return append_bare("[2024-05-01 08:00:00][operator()][97]otaCheckInterval:3600, minInterval:60, "
-                               "maxInterval:86400\n");
-        });
+    compare(state, {.with = "open, write, close"}, append_logged, [] {
+        return append_bare("[2024-05-01 08:00:00][append_logged][97]otaCheckInterval:3600, minInterval:60, "
+                           "maxInterval:86400\n");
+    });
     truncate("/apvar/log/bare.log", 0);
 }
 

@@ -324,6 +324,14 @@ TEST(Set, ContextOfAnyLengthFitsTheEvent) {
     }
 }
 
+TEST(Set, MeshModeIsKeptForTheDocument) {
+    PropertyRig rig;
+    EXPECT_EQ(set("networkInfo", R"({"networkInfo":{"networkMode":0,"meshMode":2,"networkConnect":{}}})"), 0);
+    EXPECT_EQ(set("networkInfo", connect(0, "")), 0) << "a request without it leaves it";
+    rig.router.set_state("/vrop.waninfo/workmode", R"("MESH")");
+    EXPECT_EQ(get("networkInfo"), connect(3, R"("meshMode":2)"));
+}
+
 // --- Round trips ---
 
 struct RoundTrip {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every slot of every row from several threads at once.
+// Every slot of every row from several threads at once, and the relay.
 #include <functional>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "cloud/relay.h"
 #include "properties/property_rig.h"
 
 namespace {
@@ -22,7 +23,9 @@ void each_round(const std::function<void()> &call) {
         call();
 }
 
-TEST(Threads, SetGetReportAndHookOfOnePropertyAtOnce) {
+constexpr char EVENT[] = R"({"action":"deviceConnect","mac":"A1:B2:C3:D4:E5:F6","devName":"phone","time":1})";
+
+TEST(Threads, AllSlotsOfOnePropertyAndTheRelayAtOnce) {
     for (const property_row *row : rows_with_get()) {
         SCOPED_TRACE(row->name);
         PropertyRig rig;
@@ -44,7 +47,10 @@ TEST(Threads, SetGetReportAndHookOfOnePropertyAtOnce) {
             if (row->connectok_hook != nullptr)
                 threads.emplace_back([&] { each_round([&] { EXPECT_EQ(row->connectok_hook(), 0); }); });
         }
+        threads.emplace_back(
+            [] { each_round([] { EXPECT_EQ(handle_qvtk_event(EVENT, sizeof EVENT), 0); }); });
     }
+    EXPECT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostEvent"));
 }
 
 } // namespace

@@ -84,7 +84,7 @@ void check_arguments(Fields fields, json_object *arguments) {
 }
 
 std::string describe(const Field &field) {
-    const std::string name = field.name;
+    std::string name = field.name;
     const std::string range = std::to_string(field.min) + ".." + std::to_string(field.max);
     switch (field.kind) {
     case Field::Kind::Integer:

@@ -28,41 +28,41 @@ struct Field {
         Any,       // a text or an integer
     };
     const char *name;
+    const char *choices; // separated by '|'
     Kind kind;
     int min = 0;
     int max = 0;
-    const char *choices = ""; // separated by '|'
     bool required = false;
     bool stored = true; // false: steers the call and is no setting
 };
 using Fields = std::span<const Field>;
 
 constexpr Field integer(const char *name, int min, int max) {
-    return {name, Field::Kind::Integer, min, max};
+    return {name, "", Field::Kind::Integer, min, max};
 }
 constexpr Field flag(const char *name) {
     return integer(name, 0, 1);
 }
 constexpr Field number(const char *name, const char *choices) {
-    return {name, Field::Kind::Number, 0, 0, choices};
+    return {name, choices, Field::Kind::Number};
 }
 constexpr Field text(const char *name, int min, int max) {
-    return {name, Field::Kind::Text, min, max};
+    return {name, "", Field::Kind::Text, min, max};
 }
 constexpr Field choice(const char *name, const char *choices) {
-    return {name, Field::Kind::Choice, 0, 0, choices};
+    return {name, choices, Field::Kind::Choice};
 }
 constexpr Field address(const char *name) {
-    return {name, Field::Kind::Address};
+    return {name, "", Field::Kind::Address};
 }
 constexpr Field addresses(const char *name, int max) {
-    return {name, Field::Kind::Addresses, 0, max};
+    return {name, "", Field::Kind::Addresses, 0, max};
 }
 constexpr Field mac(const char *name) {
-    return {name, Field::Kind::Mac};
+    return {name, "", Field::Kind::Mac};
 }
 constexpr Field any(const char *name) {
-    return {name, Field::Kind::Any};
+    return {name, "", Field::Kind::Any};
 }
 constexpr Field required(Field field) {
     field.required = true;

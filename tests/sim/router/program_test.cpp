@@ -21,6 +21,7 @@ class Program {
     explicit Program(std::vector<std::string> words) : pid(fork()) {
         words.insert(words.begin(), ROUTERSIM);
         std::vector<char *> arguments;
+        arguments.reserve(words.size() + 1);
         for (std::string &word : words)
             arguments.push_back(word.data());
         arguments.push_back(nullptr);

@@ -68,9 +68,9 @@ CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...) {
     if (option < CURLOPTTYPE_OBJECTPOINT) {
         long value = va_arg(arguments, long);
         remember(option, std::to_string(value));
-        const bool shortened = option == CURLOPT_TIMEOUT && real_limit > 0;
-        result = shortened ? __real_curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, real_limit)
-                           : __real_curl_easy_setopt(handle, option, value);
+        const bool changed = option == CURLOPT_TIMEOUT && real_limit > 0;
+        result = changed ? __real_curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, real_limit)
+                         : __real_curl_easy_setopt(handle, option, value);
     } else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB) {
         curl_off_t value = va_arg(arguments, curl_off_t);
         remember(option, std::to_string(value));
@@ -97,7 +97,7 @@ void clear() {
     seen.clear();
 }
 
-void shorten(long millis) {
+void limit_to(long millis) {
     std::lock_guard lock(mutex);
     real_limit = millis;
 }

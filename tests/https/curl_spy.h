@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Stands between the agent and libcurl: remembers the options that are set, and can shorten a whole
-// transfer's limit so that a silent server costs milliseconds. Link curl_spy.
+// Stands between the agent and libcurl: remembers the options that are set, and can change a whole transfer's
+// limit so that a silent server costs milliseconds. Link curl_spy.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ std::vector<std::string> options();
 void clear();
 
 // The limit that transfers really get, whatever they ask for; 0: what they ask for.
-void shorten(long millis);
+void limit_to(long millis);
 // Makes curl_easy_init fail while on.
 void fail_init(bool on);
 

@@ -61,7 +61,7 @@ void drop_first(FirmwareRig &rig) {
 }
 
 void stay_silent(FirmwareRig &rig) {
-    curl_spy::shorten(SHORT_LIMIT);
+    curl_spy::limit_to(SHORT_LIMIT);
     Fault fault = download_fault(0);
     fault.silent = true;
     rig.cloud.fault(fault);
@@ -124,7 +124,7 @@ bool FirmwareRig::image_is_there() const {
 
 void FirmwareRig::repair() {
     limit_files(RLIM_INFINITY);
-    curl_spy::shorten(0);
+    curl_spy::limit_to(0);
     if (fs::is_directory(paths.written)) fs::remove(paths.written);
     cloud.clear_faults();
     cloud.clear_requests();

@@ -15,7 +15,6 @@ struct Call {
     std::vector<std::string> headers = {};
     std::vector<std::pair<std::string, std::string>> form = {}; // "file" is sent as a file of `file_name`
     std::string file_name = "config.txt";
-    std::string trusted = ""; // PEM of the only certificate trusted; empty: any server will do
     long timeout_ms = 10000;
 };
 struct Reply {

@@ -16,10 +16,6 @@ std::mutex state_mutex;
 std::string &echo_value = *new std::string("{}");
 std::vector<OpenCall> &calls = *new std::vector<OpenCall>;
 
-void copy(char *to, int size, const std::string &text) {
-    snprintf(to, static_cast<size_t>(size), "%s", text.c_str());
-}
-
 int echo_set(const char *, const char *value, char *, int) {
     std::lock_guard lock(state_mutex);
     echo_value = value;
@@ -28,17 +24,13 @@ int echo_set(const char *, const char *value, char *, int) {
 
 int echo_get(const char *, char *output, int length) {
     std::lock_guard lock(state_mutex);
-    copy(output, length, echo_value);
+    snprintf(output, static_cast<size_t>(length), "%s", echo_value.c_str());
     return 0;
 }
 
 int locked_set(const char *context, const char *, char *reply, int length) {
-    copy(reply, length, std::string(context) + " is locked");
+    snprintf(reply, static_cast<size_t>(length), "%s is locked", context);
     return 7;
-}
-
-int locked_get(const char *, char *, int) {
-    return -1;
 }
 
 // Fills the whole buffer and does not terminate it.
@@ -49,7 +41,7 @@ int full_get(const char *, char *output, int length) {
 
 int slow_get(const char *, char *output, int length) {
     gate.pass();
-    copy(output, length, "{\"slow\":1}");
+    snprintf(output, static_cast<size_t>(length), "{\"slow\":1}");
     return 0;
 }
 
@@ -61,19 +53,10 @@ int echo_call(uint32_t handle, uint32_t request, void *, void *, const char *par
     return 0;
 }
 
-int refuse_call(uint32_t handle, uint32_t request, void *, void *, const char *) {
-    return TEBRA_SDK_Handle_Response(handle, request, 402, nullptr, nullptr);
-}
-
-int text_call(uint32_t handle, uint32_t request, void *, void *, const char *) {
-    return TEBRA_SDK_Handle_Response(handle, request, 200, "no \"JSON\"", "text");
-}
-
 int later_call(uint32_t handle, uint32_t request, void *, void *, const char *parameters) {
     std::lock_guard lock(state_mutex);
     calls.push_back({handle, request, parameters ? parameters : ""});
-    diary.write("later");
-    return 0;
+    return diary.write("later");
 }
 
 int upgrade(void *, void *, void *, const char *url, const char *md5, const char *version,
@@ -90,48 +73,49 @@ int write_init() {
 }
 template <char Letter>
 int write_hook() {
-    diary.write(std::string("hook ") + Letter + (get_connect_state() ? "" : " not connected"));
-    return 0;
-}
-int write_online() {
-    diary.write("online");
-    return 0;
-}
-int write_report() {
-    diary.write("report");
-    return 0;
+    return diary.write(std::string("hook ") + Letter + (get_connect_state() ? "" : " not connected"));
 }
 
 const property_row PROPERTIES[] = {
-    {"echo", write_init<'a'>, echo_set, echo_get, write_hook<'a'>, nullptr, write_report},
-    {"locked", nullptr, locked_set, locked_get, nullptr, nullptr, nullptr},
+    {"echo", write_init<'a'>, echo_set, echo_get, write_hook<'a'>, nullptr,
+     [] { return diary.write("report"); }},
+    {"locked", nullptr, locked_set, [](const char *, char *, int) { return -1; }, nullptr, nullptr, nullptr},
     {"full", write_init<'c'>, nullptr, full_get, nullptr, nullptr, nullptr},
     {"slow", write_init<'d'>, nullptr, slow_get, write_hook<'d'>, nullptr, nullptr},
-    {"blank", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
     {},
 };
 const service_row SERVICES[] = {
-    {"echo", nullptr, echo_call},   {"refuse", nullptr, refuse_call}, {"text", nullptr, text_call},
-    {"later", nullptr, later_call}, {"blank", nullptr, nullptr},      {},
+    {"echo", nullptr, echo_call},
+    {"refuse", nullptr,
+     [](uint32_t handle, uint32_t request, void *, void *, const char *) {
+         return TEBRA_SDK_Handle_Response(handle, request, 402, nullptr, nullptr);
+     }},
+    {"text", nullptr,
+     [](uint32_t handle, uint32_t request, void *, void *, const char *) {
+         return TEBRA_SDK_Handle_Response(handle, request, 200, "no \"JSON\"", "text");
+     }},
+    {"later", nullptr, later_call},
+    {},
 };
-const other_handle_table OTHER = {write_online, {}};
+const other_handle_table OTHER = {[] { return diary.write("online"); }, {}};
 
 } // namespace
 
-void Diary::write(const std::string &line) {
+int Diary::write(const std::string &line) {
     std::lock_guard lock(mutex_);
     lines_.push_back(line);
     changed_.notify_all();
+    return 0;
+}
+
+size_t Diary::count(const std::string &line) {
+    const std::vector<std::string> all = lines();
+    return static_cast<size_t>(std::count(all.begin(), all.end(), line));
 }
 
 std::vector<std::string> Diary::lines() {
     std::lock_guard lock(mutex_);
     return lines_;
-}
-
-size_t Diary::count(const std::string &line) {
-    std::lock_guard lock(mutex_);
-    return static_cast<size_t>(std::count(lines_.begin(), lines_.end(), line));
 }
 
 bool Diary::wait(const std::string &line, size_t times) {
@@ -195,6 +179,6 @@ void SdkTest::start() {
 }
 
 std::string SdkTest::answer(const std::string &topic, const std::string &payload) {
-    std::optional<test_mqtt::Message> message = request(topic, payload);
+    std::optional<test_mqtt::Message> message = client->request(PREFIX + topic, payload);
     return message ? message->code + " " + message->payload : "no answer";
 }

@@ -20,7 +20,7 @@ inline const std::string PREFIX = "tebra/product1/serial1/";
 // The slots' diary, in the order of the calls; slots run on several threads.
 class Diary {
   public:
-    void write(const std::string &line);
+    int write(const std::string &line); // 0, like the slots
     std::vector<std::string> lines();
     size_t count(const std::string &line);
     // Whether the line stands there `times` times before the limit.
@@ -72,9 +72,6 @@ class SdkTest : public testing::Test {
 
     // Starts the SDK on the broker's socket and waits for the link.
     void start();
-    std::optional<test_mqtt::Message> request(const std::string &topic, const std::string &payload = "") {
-        return client->request(PREFIX + topic, payload);
-    }
     // "CODE BODY" of the answer.
     std::string answer(const std::string &topic, const std::string &payload = "");
 

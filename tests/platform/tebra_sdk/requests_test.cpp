@@ -19,9 +19,6 @@ TEST_F(SdkTest, PropertyRequestsAreAnswered) {
     const Exchange exchanges[] = {
         {"property/echo/get", "", "0 {}"},
         {"property/echo/set", "{\"a\":\"\u00e9\"}", "0 {\"code\":0}"},
-        {"property/echo/get", "ignored", "0 {\"a\":\"\u00e9\"}"},
-        {"property/echo/set", "", "0 {\"code\":0}"},
-        {"property/echo/get", "", "0 "},
         {"property/echo/set", std::string(10000, '['),
          "0 {\"code\":0}"}, // what it means is the slot's business
         {"property/echo/get", "", "0 " + std::string(10000, '[')},
@@ -29,10 +26,7 @@ TEST_F(SdkTest, PropertyRequestsAreAnswered) {
         {"property/locked/get", "", refused("the device cannot read it")},
         {"property/locked/set", "{}", "7 {\"code\":7,\"reply\":\"locked is locked\"}"},
         {"property/full/set", "{}", refused("the property cannot be written")},
-        {"property/blank/get", "", refused("the property cannot be read")},
         {"property/nothing/get", "", refused("there is no such property")},
-        {"property//get", "", refused("there is no such property")},
-        {"property/nothing/set", "{}", refused("there is no such property")},
         {"property/echo/set", std::string(256 * 1024 + 1, ' '), refused("the request is too large")},
         {"property/echo/set", std::string("{}\0{}", 5), refused("the request is not a text")},
     };
@@ -41,12 +35,14 @@ TEST_F(SdkTest, PropertyRequestsAreAnswered) {
 }
 
 TEST_F(SdkTest, RequestsThatNobodyWaitsForDoNoHarm) {
+    client.emplace(broker.socket());
+    ASSERT_TRUE(client->subscribe("tebra/#"));
+    client->publish({.topic = PREFIX + "service/later", .payload = "{}", .retain = true}); // never served
+    ASSERT_TRUE(client->wait(PREFIX + "service/later"));
     start();
     const test_mqtt::Message messages[] = {
         {.topic = PREFIX + "property/echo/get"},
         {.topic = PREFIX + "service/echo", .payload = "{}"},
-        {.topic = PREFIX + "service/nothing"},
-        {.topic = PREFIX + "upgrade", .payload = "{}"},
         // an answer that would come back as a request
         {.topic = PREFIX + "service/text", .response_topic = PREFIX + "service/later"},
         {.topic = PREFIX + "service/text", .response_topic = "with/a/+", .correlation = "x"},
@@ -61,17 +57,6 @@ TEST_F(SdkTest, RequestsThatNobodyWaitsForDoNoHarm) {
     EXPECT_EQ(get_connect_state(), 1);
 }
 
-TEST_F(SdkTest, KeptRequestsAreNotServedAtTheNextConnect) {
-    client.emplace(broker.socket());
-    client->subscribe("tebra/#");
-    client->publish({.topic = PREFIX + "service/echo", .payload = "{}", .retain = true});
-    ASSERT_TRUE(client->wait(PREFIX + "service/echo"));
-    client.reset();
-    start();
-    ASSERT_TRUE(answer("service/refuse").starts_with("402"));
-    EXPECT_EQ(diary.count("echo 0"), 0u);
-}
-
 TEST_F(SdkTest, OffersAreReadStrictly) {
     start();
     gate.open();
@@ -79,14 +64,10 @@ TEST_F(SdkTest, OffersAreReadStrictly) {
     const Exchange exchanges[] = {
         {"upgrade", R"({"url":"http://h/i","md5":"AB","version":"5","strategy":"now"})", "5 {\"code\":5}"},
         {"upgrade", R"({"url":"","md5":"","strategy":1})", "0 {\"code\":0}"},
-        {"upgrade", R"({"url":"u"})", bad},
         {"upgrade", R"({"url":"u","md5":7})", bad},
         {"upgrade", R"({"url":"u","md5":"m","version":[]})", bad},
-        {"upgrade", R"(["url"])", bad},
         {"upgrade", R"({"url":"u","md5":"m"} and more)", bad},
         {"upgrade", "", bad},
-        {"upgrade", "null", bad},
-        {"upgrade", "7", bad},
         {"upgrade", std::string(100000, '['), bad},
     };
     for (const Exchange &exchange : exchanges)
@@ -117,10 +98,10 @@ TEST_F(SdkTest, AFullQueueRefusesAndForgetsNothing) {
     const std::string busy = "{\"code\":-1,\"message\":\"the device is busy\"}";
     auto first = client->wait([&](const auto &message) { return message.payload == busy; });
     ASSERT_TRUE(first);
+    std::erase(sent, first->correlation);
     gate.open();
     size_t served = 0;
     for (const std::string &correlation : sent) {
-        if (correlation == first->correlation) continue;
         auto message = client->wait_answer(correlation);
         ASSERT_TRUE(message) << correlation;
         EXPECT_TRUE(message->payload == busy || message->payload == "{\"slow\":1}") << message->payload;

@@ -18,7 +18,6 @@ TEST_F(SdkTest, CallsAreAnsweredOnce) {
         {"service/echo", "", R"(200 {"code":200,"data":{"parameters":null}})"},
         {"service/refuse", "{}", R"(402 {"code":402,"data":{}})"},
         {"service/text", "{}", R"(200 {"code":200,"data":"no \"JSON\""})"},
-        {"service/blank", "", R"(404 {"code":404,"data":{},"message":"the service is not served"})"},
         {"service/nothing", "", R"(404 {"code":404,"data":{},"message":"there is no such service"})"},
         {"service/echo", std::string("a\0b", 3),
          R"(400 {"code":400,"data":{},"message":"the request is not a text"})"},
@@ -42,11 +41,10 @@ TEST_F(SdkTest, LateAnswersFindTheirRequests) {
     std::reverse(calls.begin(), calls.end());
     std::atomic<int> accepted = 0;
     std::vector<std::thread> threads;
-    for (size_t t = 0; t < THREADS; t++) // every call is answered by two threads: one of them comes too late
+    for (size_t t = 0; t < THREADS; t++) // each answers every call: all but one of them come too late
         threads.emplace_back([&, t] {
             for (size_t i = 0; i < CALLS; i++) {
-                const OpenCall &call = calls[(i + t / 2 * CALLS / 2) % CALLS];
-                if (i % 2 != t % 2) continue;
+                const OpenCall &call = calls[(i + t * CALLS / THREADS) % CALLS];
                 accepted += TEBRA_SDK_Handle_Response(call.handle, call.request, 200, call.parameters.c_str(),
                                                       "later") == 0;
             }
@@ -79,7 +77,6 @@ TEST_F(SdkTest, OpenCallsAreBounded) {
     EXPECT_EQ(answer("service/later"), R"(503 {"code":503,"data":{},"message":"too many calls are open"})");
     OpenCall call = open_calls().at(0);
     EXPECT_EQ(TEBRA_SDK_Handle_Response(call.handle, call.request, 200, "{}", "later"), 0);
-    EXPECT_TRUE(answer("service/echo").starts_with("200"));
 }
 
 } // namespace

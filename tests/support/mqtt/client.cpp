@@ -18,18 +18,6 @@ Client *self(void *client) {
     return static_cast<Client *>(client);
 }
 
-std::string unique_topic(const void *client) {
-    return "reply/" + std::to_string(getpid()) + "-" + std::to_string(reinterpret_cast<uintptr_t>(client));
-}
-
-std::string text_property(const mosquitto_property *properties, int identifier) {
-    char *text = nullptr;
-    mosquitto_property_read_string(properties, identifier, &text, false);
-    std::string result = text ? text : "";
-    free(text);
-    return result;
-}
-
 std::string binary_property(const mosquitto_property *properties, int identifier) {
     void *bytes = nullptr;
     uint16_t length = 0;
@@ -39,18 +27,11 @@ std::string binary_property(const mosquitto_property *properties, int identifier
     return result;
 }
 
-std::string user_property(const mosquitto_property *properties, const std::string &wanted) {
-    char *name = nullptr, *value = nullptr;
-    mosquitto_property_read_string_pair(properties, MQTT_PROP_USER_PROPERTY, &name, &value, false);
-    std::string result = name && wanted == name ? value : "";
-    free(name);
-    free(value);
-    return result;
-}
-
 } // namespace
 
-Client::Client(const std::string &socket) : reply_topic_(unique_topic(this)) {
+Client::Client(const std::string &socket)
+    : reply_topic_("reply/" + std::to_string(getpid()) + "-" +
+                   std::to_string(reinterpret_cast<uintptr_t>(this))) {
     mosquitto_lib_init();
     handle_ = mosquitto_new(nullptr, true, this);
     mosquitto_int_option(handle_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
@@ -59,7 +40,7 @@ Client::Client(const std::string &socket) : reply_topic_(unique_topic(this)) {
     mosquitto_message_v5_callback_set(handle_, on_message);
     mosquitto_connect(handle_, socket.c_str(), 0, KEEP_ALIVE_SECONDS);
     mosquitto_loop_start(handle_);
-    wait_until([this] { return connected_; }, LIMIT);
+    wait_until([this] { return connected_; });
     subscribe(reply_topic_);
 }
 
@@ -83,28 +64,30 @@ void Client::on_subscribe(mosquitto *, void *client, int id, int, const int *, c
 
 void Client::on_message(mosquitto *, void *client, const mosquitto_message *message,
                         const mosquitto_property *properties) {
+    char *name = nullptr, *code = nullptr; // an answer has one such property
+    mosquitto_property_read_string_pair(properties, MQTT_PROP_USER_PROPERTY, &name, &code, false);
     Message received = {
         .topic = message->topic,
         .payload = {static_cast<const char *>(message->payload), static_cast<size_t>(message->payloadlen)},
-        .response_topic = text_property(properties, MQTT_PROP_RESPONSE_TOPIC),
         .correlation = binary_property(properties, MQTT_PROP_CORRELATION_DATA),
-        .code = user_property(properties, "code"),
-        .retain = message->retain,
+        .code = code ? code : "",
     };
+    free(name);
+    free(code);
     std::lock_guard lock(self(client)->mutex_);
     self(client)->received_.push_back(std::move(received));
     self(client)->changed_.notify_all();
 }
 
-bool Client::wait_until(const std::function<bool()> &reached, std::chrono::milliseconds limit) {
+bool Client::wait_until(const std::function<bool()> &reached) {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, limit, reached);
+    return changed_.wait_for(lock, LIMIT, reached);
 }
 
 bool Client::subscribe(const std::string &filter) {
     int id = 0;
     if (mosquitto_subscribe(handle_, &id, filter.c_str(), QOS) != MOSQ_ERR_SUCCESS) return false;
-    return wait_until([&] { return confirmed_.contains(id); }, LIMIT);
+    return wait_until([&] { return confirmed_.contains(id); });
 }
 
 bool Client::publish(const Message &message) {
@@ -121,53 +104,38 @@ bool Client::publish(const Message &message) {
     return result == MOSQ_ERR_SUCCESS;
 }
 
-std::optional<Message> Client::wait(const Match &match, std::chrono::milliseconds limit) {
+std::optional<Message> Client::wait(const Match &match) {
     std::optional<Message> found;
-    wait_until(
-        [&] {
-            auto message = std::find_if(received_.begin(), received_.end(), match);
-            if (message == received_.end()) return false;
-            found = *message;
-            received_.erase(message);
-            return true;
-        },
-        limit);
+    wait_until([&] {
+        auto message = std::find_if(received_.begin(), received_.end(), match);
+        if (message == received_.end()) return false;
+        found = *message;
+        received_.erase(message);
+        return true;
+    });
     return found;
 }
 
-std::optional<Message> Client::wait(const std::string &topic, const std::string &payload,
-                                    std::chrono::milliseconds limit) {
-    return wait(
-        [&](const Message &message) {
-            return message.topic == topic && (payload.empty() || message.payload == payload);
-        },
-        limit);
+std::optional<Message> Client::wait(const std::string &topic, const std::string &payload) {
+    return wait([&](const Message &message) {
+        return message.topic == topic && (payload.empty() || message.payload == payload);
+    });
 }
 
 std::string Client::send_request(const std::string &topic, const std::string &payload) {
-    std::unique_lock lock(mutex_);
     std::string correlation = "request " + std::to_string(++requests_);
-    lock.unlock();
     publish({.topic = topic, .payload = payload, .response_topic = reply_topic_, .correlation = correlation});
     return correlation;
 }
 
-std::optional<Message> Client::wait_answer(const std::string &correlation, std::chrono::milliseconds limit) {
-    return wait(
-        [&](const Message &message) {
-            return message.topic == reply_topic_ && message.correlation == correlation;
-        },
-        limit);
+std::optional<Message> Client::wait_answer(const std::string &correlation) {
+    return wait([&](const Message &message) {
+        return message.topic == reply_topic_ && message.correlation == correlation;
+    });
 }
 
-std::optional<Message> Client::request(const std::string &topic, const std::string &payload,
-                                       std::chrono::milliseconds limit) {
-    return wait_answer(send_request(topic, payload), limit);
-}
-
-size_t Client::count(const Match &match) {
-    std::lock_guard lock(mutex_);
-    return static_cast<size_t>(std::count_if(received_.begin(), received_.end(), match));
+std::optional<Message> Client::request(const std::string &topic, const std::string &payload) {
+    return wait_answer(send_request(topic, payload));
 }
 
 } // namespace test_mqtt

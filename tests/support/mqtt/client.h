@@ -3,6 +3,7 @@
 // any.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -21,10 +22,10 @@ namespace test_mqtt {
 struct Message {
     std::string topic;
     std::string payload;
-    std::string response_topic = {}; // empty: none
+    std::string response_topic = {}; // of what is sent; empty: none
     std::string correlation = {};
     std::string code = {}; // the user property "code" of an answer
-    bool retain = false;
+    bool retain = false;   // of what is sent
 };
 
 class Client {
@@ -44,19 +45,14 @@ class Client {
 
     // The first message received that matches, which is then forgotten; nothing when none has come within the
     // limit.
-    std::optional<Message> wait(const Match &match, std::chrono::milliseconds limit = LIMIT);
+    std::optional<Message> wait(const Match &match);
     // By topic, and by payload where one is given.
-    std::optional<Message> wait(const std::string &topic, const std::string &payload = "",
-                                std::chrono::milliseconds limit = LIMIT);
+    std::optional<Message> wait(const std::string &topic, const std::string &payload = "");
     // Sends a request and waits for its answer, by correlation data.
-    std::optional<Message> request(const std::string &topic, const std::string &payload,
-                                   std::chrono::milliseconds limit = LIMIT);
+    std::optional<Message> request(const std::string &topic, const std::string &payload);
     // The two halves of it: what send_request returns finds the answer.
     std::string send_request(const std::string &topic, const std::string &payload);
-    std::optional<Message> wait_answer(const std::string &correlation,
-                                       std::chrono::milliseconds limit = LIMIT);
-    // How many messages received match; they are not forgotten.
-    size_t count(const Match &match);
+    std::optional<Message> wait_answer(const std::string &correlation);
 
   private:
     static void on_connect(mosquitto *, void *client, int reason, int flags, const mqtt5__property *);
@@ -64,7 +60,7 @@ class Client {
                              const mqtt5__property *);
     static void on_message(mosquitto *, void *client, const mosquitto_message *message,
                            const mqtt5__property *properties);
-    bool wait_until(const std::function<bool()> &reached, std::chrono::milliseconds limit);
+    bool wait_until(const std::function<bool()> &reached);
 
     mosquitto *handle_;
     const std::string reply_topic_;
@@ -73,7 +69,7 @@ class Client {
     std::deque<Message> received_;
     bool connected_ = false;
     std::set<int> confirmed_;
-    unsigned requests_ = 0;
+    std::atomic<unsigned> requests_ = 0;
 };
 
 } // namespace test_mqtt

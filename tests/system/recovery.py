@@ -31,14 +31,14 @@ class Recovery(RigTest):
 
     def test_hostile_requests_change_nothing(self):
         self.start_all()
-        before = self.rig.bus("sim", "state")[1]
-        names = ["ledStatus", "wifiInfo", "networkInfo", "visitorsWifi", "mesh", "timeLed", "ipv6Status",
-                 "networkProtocol", "wifi2gSeniorInfo", "wifi5gSeniorInfo"]
-        bodies = ["", "nonsense", "[]", "7", '"text"', "null", "[" * 10000, "x" * 10000,
-                  *(json.dumps({name: value}) for name in names for value in (None, [], 7, {}))]
-        for name in names:
-            for body in (body for body in bodies if f'"{name}": {{}}' not in body and f'"{name}": []' not in body):
+        for name in ("ledStatus", "wifiInfo", "networkInfo"):
+            bodies = ["", "nonsense", "[]", "7", "null", "[" * 10000, "x" * 10000,
+                      *(json.dumps({name: value}) for value in (None, [], 7))]
+            if name == "ledStatus":
+                bodies.append(json.dumps({name: {}}))
+            for body in bodies:
                 with self.subTest(name=name, body=body[:40]):
                     self.assertEqual(self.rig.cloud("set", name, body, "--unchecked", check=False)[0], 1)
-        self.assertEqual(self.rig.bus("sim", "state")[1], before)
+        calls = self.rig.bus("sim", "calls", {"method": "set"})[1]
+        self.assertEqual(list(calls.values()), [[]])
         self.assertIsNone(self.rig.processes["qvtkd"].poll())

@@ -8,7 +8,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct Change {
     const char *pointer, *json;
@@ -85,6 +84,11 @@ std::string relay(const std::string &members) {
     return connect(2, R"("relay":{"manualWifiName":"Next door",)" + members + "}");
 }
 
+const std::string SIMPLE_MERGED =
+    R"(vrop.webwifisimple set {"wifi5backup24ssid":"One","wifi5backup5ssid":"One","wifi24apenable":1,)"
+    R"("wifi24ssid":"One","wifi24key":"oneforboth","wifi5apenable":1,"wifi5ssid":"One","wifidual":1,)"
+    R"("wifi5backup":1,"use2_4gpwd":0,"wifi5key":"oneforboth"})";
+
 const std::vector<SetCase> &set_cases() {
     // clang-format off
     // clang-format off
@@ -123,9 +127,7 @@ const std::vector<SetCase> &set_cases() {
          R"(vrop.webwifi2adv set {"hide":1})", READ_SIMPLE, "vrop.webwifi1adv get {}",
          R"(vrop.webwifi2adv set {"authmode":"WPA3-SAE","encrypt":"AES","noteffectflag":1})",
          READ_GUEST_2G, guest("1", "Old2_Guest"), READ_GUEST_5G, guest("2", "Old5_Guest"),
-         R"(vrop.webwifisimple set {"wifi5backup24ssid":"One","wifi5backup5ssid":"One","wifi24apenable":1,)"
-         R"("wifi24ssid":"One","wifi24key":"oneforboth","wifi5apenable":1,"wifi5ssid":"One","wifidual":1,)"
-         R"("wifi5backup":1,"use2_4gpwd":0,"wifi5key":"oneforboth"})"}, {EVENT + "30}"}, {"ret:0"}},
+         SIMPLE_MERGED}, {EVENT + "30}"}, {"ret:0"}},
         {"merged without wifiSames", "wifiInfo", {}, R"({"wifiInfo":{"wifiSamesOpen":1,"backupWifiOpen":1}})",
          -1, READ_NAMES + Texts{R"(vrop.webwifi1adv set {"authmode":"WPA-PSK/WPA2-PSK","hide":0})",
          R"(vrop.webwifi2adv set {"authmode":"WPA-PSK/WPA2-PSK","hide":0})"}, {}, {"APP send data is error"}},

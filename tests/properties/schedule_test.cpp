@@ -11,7 +11,6 @@
 namespace {
 
 using testing::Each;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 // Entry i of request r; everything in it depends on both, so that a torn one shows.

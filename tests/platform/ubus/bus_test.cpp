@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Client, broker and the terminal's tool together.
+// Client and broker together.
 #include "client_rig.h"
 #include "served_bus.h"
 
@@ -19,7 +19,6 @@ TEST(Bus, CallsReachTheirObjectsAndComeBack) {
     const Row rows[] = {
         {"own.demo", "echo", R"({"text":"hi","tbl":{"arr":["a",7]}})", LIMIT, 0,
          R"({"text":"hi","tbl":{"arr":["a",7]}})"},
-        {"own.demo", "echo", nullptr, LIMIT, 0, "{}"},
         {"own.demo", "many", "{}", LIMIT, 4, R"({"n":1}{"n":2})"},
         {"own.demo", "none", "{}", 30, 7, ""},
         {"own.demo", "other", "{}", LIMIT, 3, ""},
@@ -44,15 +43,9 @@ TEST(Bus, RestartsAreSeenByClients) {
     EXPECT_EQ(invoke(context.get(), before, "echo", "{}", LIMIT).status, UBUS_STATUS_NOT_FOUND);
     EXPECT_EQ(ubus_lookup_id(context.get(), "own.demo", &after), UBUS_STATUS_OK);
     EXPECT_NE(after, before);
-    bus.on_server([&] { return bus.server.remove_object("own.anything"); });
-    EXPECT_EQ(ubus_lookup_id(context.get(), "own.anything", &after), UBUS_STATUS_NOT_FOUND);
     EXPECT_EQ(invoke(context.get(), bus.id("own.demo"), "exit", "{}", LIMIT).status,
               UBUS_STATUS_CONNECTION_FAILED);
     EXPECT_EQ(bus.on_server([&] { return bus.server.client_count(); }), 0U);
-    bus.on_server([&] { bus.server.close_listener(); });
-    EXPECT_FALSE(Context(ubus_connect(BUS_PATH)));
-    bus.on_server([&] { bus.server.listen(BUS_PATH); });
-    EXPECT_TRUE(Context(ubus_connect(BUS_PATH)));
 }
 
 TEST(Bus, TakesOverOnlyASocketThatNobodyServes) {
@@ -83,51 +76,6 @@ TEST(Bus, SeveralThreadsCallAtOnce) {
     }
     for (std::thread &thread : threads)
         thread.join();
-}
-
-struct Output {
-    std::string text;
-    int exit_status;
-};
-
-Output run_tool(const std::string &arguments) {
-    Output output;
-    FILE *pipe = popen((std::string(BUSCALL) + " " + arguments + " 2>&1").c_str(), "r");
-    char line[1024];
-    while (fgets(line, sizeof(line), pipe))
-        output.text += line;
-    output.exit_status = WEXITSTATUS(pclose(pipe));
-    return output;
-}
-
-TEST(Buscall, ListsCallsAndSaysWhatFailed) {
-    ServedBus bus;
-    struct Row {
-        const char *arguments, *text;
-        int exit_status;
-    };
-    const std::string missing = "buscall: no bus at /apvar/run/ubus/ubus.sock\n";
-    const Row rows[] = {
-        {"-s /tmp/bus/ubus.sock list 'own*'",
-         "own.anything\nown.demo\n  echo(text: string, count: int32, on: bool, tbl: table, arr: array)\n  "
-         "many()\n"
-         "  exit()\n  none()\n",
-         0},
-        {"-s /tmp/bus/ubus.sock call own.demo echo '{\"text\":\"hi\"}'", "{\n\t\"text\": \"hi\"\n}\n", 0},
-        {"-s /tmp/bus/ubus.sock call own.demo other", "buscall: other: Method not found\n", 1},
-        {"-s /tmp/bus/ubus.sock -t 1 call own.demo none", "buscall: none: Request timed out\n", 1},
-        {"-s /tmp/bus/ubus.sock call nobody get", "buscall: nobody: Not found\n", 1},
-        {"-s /tmp/bus/ubus.sock call own.demo echo '[1]'", "buscall: the arguments are no JSON object: [1]\n",
-         2},
-        {"list", missing.c_str(), 3},
-    };
-    for (const Row &row : rows) {
-        Output output = run_tool(row.arguments);
-        EXPECT_EQ(output.text, row.text) << row.arguments;
-        EXPECT_EQ(output.exit_status, row.exit_status) << row.arguments;
-    }
-    for (const char *wrong : {"", "call", "call own.demo", "-t 0 list", "-t x list", "-z list", "frob"})
-        EXPECT_EQ(run_tool(wrong).exit_status, 2) << wrong;
 }
 
 } // namespace

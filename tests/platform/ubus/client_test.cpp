@@ -12,15 +12,20 @@ namespace {
 
 constexpr uint32_t OBJECT = captured::OBJECT_ID;
 constexpr int LIMIT = 5000; // for calls that are answered
-const std::string STATUS_0 = "00010001 75fcccf2 0000000c 01000008 00000000";
 const std::string DATA_1 =
     "00020001 75fcccf2 00000014 07000010 8500000c 00016100 00000001"; // {"a":1}, without OBJID
 
-// An INVOKE "m" without arguments, and what the peer answers to it.
+// STATUS 0 for the request of that number.
+std::string done(const std::string &number) {
+    return "0001" + number + "75fcccf2 0000000c 01000008 00000000";
+}
+
+// An INVOKE "m" without arguments, and what the peer answers to it, byte by byte.
 ScriptedPeer::Script answering(const std::string &hex) {
     return [hex](Wire &wire) {
         wire.receive_message();
-        wire.send_hex(hex);
+        for (char byte : from_hex(hex))
+            wire.send(std::string(1, byte));
         wire.await_close();
     };
 }
@@ -67,49 +72,29 @@ TEST(BusClient, TakesFromEachAnswerWhatBelongsToItsCall) {
         const char *json;
     };
     const Row rows[] = {
-        {"status and data", DATA_1 + STATUS_0, 0, R"({"a":1})"},
-        {"no data", STATUS_0, 0, ""},
-        {"data twice", DATA_1 + DATA_1 + STATUS_0, 0, R"({"a":1}{"a":1})"},
-        {"data before a refusal", DATA_1 + "00010001 75fcccf2 0000000c 01000008 00000006", 6, R"({"a":1})"},
-        {"data after the status", STATUS_0 + DATA_1, 0, ""},
-        {"two statuses", STATUS_0 + "00010001 75fcccf2 0000000c 01000008 00000006", 0, ""},
+        {"status and data", DATA_1 + done("0001"), 0, R"({"a":1})"},
+        {"data twice", DATA_1 + DATA_1 + done("0001"), 0, R"({"a":1}{"a":1})"},
+        {"more after the status", done("0001") + DATA_1 + "00010001 75fcccf2 0000000c 01000008 00000006", 0,
+         ""},
         {"status without its attribute", "00010001 75fcccf2 00000004", 2, ""},
         {"status of the wrong size", "00010001 75fcccf2 0000000c 01000006 00000000", 2, ""},
         {"status not listed", "00010001 75fcccf2 0000000c 01000008 000000ff", 255, ""},
-        {"another number", "00020002 75fcccf2 00000014 07000010 8500000c 00016100 00000002" + STATUS_0, 0,
-         ""},
-        {"another peer", "00010001 75fcccf3 0000000c 01000008 00000009" + DATA_1 + STATUS_0, 0, R"({"a":1})"},
-        {"another version", "01010001 75fcccf2 0000000c 01000008 00000009" + STATUS_0, 0, ""},
-        {"requests of others",
-         "00050001 75fcccf2 00000004 00070001 75fcccf2 00000004 00ff0001 75fcccf2 00000004" + STATUS_0, 0,
-         ""},
-        {"data without its attribute", "00020001 75fcccf2 00000004" + STATUS_0, 0, ""},
-        {"data repeated in one message: the last", "00020001 75fcccf2 0000000c 07000004 07000004" + STATUS_0,
-         0, "{}"},
+        {"another number", "00020002 75fcccf2 00000008 07000004" + done("0001"), 0, ""},
+        {"another peer", "00010001 75fcccf3 0000000c 01000008 00000009" + DATA_1 + done("0001"), 0,
+         R"({"a":1})"},
+        {"another version", "01010001 75fcccf2 0000000c 01000008 00000009" + done("0001"), 0, ""},
+        {"requests of others", "00050001 75fcccf2 00000004 00ff0001 75fcccf2 00000004" + done("0001"), 0, ""},
+        {"data without its attribute", "00020001 75fcccf2 00000004" + done("0001"), 0, ""},
+        {"data twice in a message", "00020001 75fcccf2 0000000c 07000004 07000004" + done("0001"), 0, "{}"},
     };
     for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
         ScriptedPeer peer(answering(row.answer));
         Context context(ubus_connect(PEER_SOCKET));
         Answer answer = invoke(context.get(), OBJECT, "m", nullptr, LIMIT);
-        EXPECT_EQ(answer.status, row.status) << row.what;
-        EXPECT_EQ(answer.json, row.json) << row.what;
+        EXPECT_EQ(answer.status, row.status);
+        EXPECT_EQ(answer.json, row.json);
     }
-}
-
-TEST(BusClient, PutsTogetherWhatComesInPieces) {
-    ScriptedPeer peer(
-        [](Wire &wire) {
-            for (char byte : from_hex(captured::HELLO))
-                wire.send(std::string(1, byte));
-            wire.receive_message();
-            for (char byte : from_hex(DATA_1 + STATUS_0))
-                wire.send(std::string(1, byte));
-            wire.await_close();
-        },
-        false);
-    Context context(ubus_connect(PEER_SOCKET));
-    ASSERT_TRUE(context);
-    EXPECT_EQ(invoke(context.get(), OBJECT, "m", nullptr, LIMIT).json, R"({"a":1})");
 }
 
 // OBJID 8, METHOD "m" 8, DATA 4 and its attribute's 8 go beside the text.
@@ -119,9 +104,9 @@ TEST(BusClient, SendsMessagesUpToTheLimit) {
         std::string largest = wire.receive_message();
         EXPECT_EQ(largest.size(), 8U + UBUS_MAX_MSGLEN);
         wire.send(largest.substr(0, 1) + "\2" + largest.substr(2)); // DATA with the same body
-        wire.send_hex(STATUS_0);
+        wire.send_hex(done("0001"));
         wire.expect_hex("00050002 75fcccf2 00000018 03000008 75fcccf2 04000006 6d000000 07000004");
-        wire.send_hex("00010002 75fcccf2 0000000c 01000008 00000000");
+        wire.send_hex(done("0002"));
     });
     Context context(ubus_connect(PEER_SOCKET));
     blob_buf message{};
@@ -147,7 +132,7 @@ TEST(BusClient, NumbersWrap) {
     ScriptedPeer peer([](Wire &wire) {
         for (const char *number : {"ffff", "0000", "0001"}) {
             EXPECT_EQ(to_hex(wire.receive_message().substr(0, 4)), "0005" + std::string(number));
-            wire.send_hex("0001" + std::string(number) + "75fcccf2 0000000c 01000008 00000000");
+            wire.send_hex(done(number));
         }
     });
     Context context(ubus_connect(PEER_SOCKET));
@@ -161,8 +146,8 @@ TEST(BusClient, TimesOutAndStaysUsable) {
         wire.receive_message();
         wire.receive_message();
         wire.receive_message();
-        wire.send_hex(DATA_1 + STATUS_0); // too late
-        wire.send_hex("00010003 75fcccf2 0000000c 01000008 00000000");
+        wire.send_hex(DATA_1 + done("0001")); // too late
+        wire.send_hex(done("0003"));
         wire.await_close();
     });
     Context context(ubus_connect(PEER_SOCKET));
@@ -173,7 +158,6 @@ TEST(BusClient, TimesOutAndStaysUsable) {
     Answer answer = invoke(context.get(), OBJECT, "m", nullptr, 0);
     EXPECT_EQ(answer.status, UBUS_STATUS_OK);
     EXPECT_EQ(answer.json, "");
-    EXPECT_FALSE(context->sock.eof);
 }
 
 // A flood that never answers must not keep the call past its time.
@@ -198,7 +182,6 @@ TEST(BusClient, NoticesThatTheBrokerIsGone) {
     const std::string endings[] = {
         "",                                    // closes without an answer
         "00020001 75fcccf2 00000014 0700",     // in the middle of a message
-        "0002",                                // in the middle of a header
         "00010001 75fcccf2 00000003",          // announces less than a word
         "00010001 75fcccf2 00100001 01000008", // announces more than the limit
     };
@@ -214,9 +197,7 @@ TEST(BusClient, NoticesThatTheBrokerIsGone) {
             << ending;
         EXPECT_TRUE(context->sock.eof) << ending;
         EXPECT_EQ(lost_calls, 1) << ending;
-        uint32_t id;
         EXPECT_EQ(invoke(context.get(), OBJECT, "m", nullptr, LIMIT).status, UBUS_STATUS_INVALID_ARGUMENT);
-        EXPECT_EQ(ubus_lookup_id(context.get(), "x", &id), UBUS_STATUS_INVALID_ARGUMENT);
         EXPECT_EQ(lost_calls, 1) << ending;
     }
 }
@@ -227,16 +208,10 @@ TEST(BusClient, ConnectsAgainOnTheSameContext) {
         ScriptedPeer peer([](Wire &) {});
         ASSERT_EQ(ubus_connect_ctx(context.get(), PEER_SOCKET), 0);
     }
-    EXPECT_EQ(invoke(context.get(), OBJECT, "m", nullptr, LIMIT).status, UBUS_STATUS_INVALID_ARGUMENT)
-        << "the first call after the loss fails in sending";
     unlink(PEER_SOCKET);
     EXPECT_EQ(ubus_reconnect(context.get(), PEER_SOCKET), UBUS_STATUS_CONNECTION_FAILED);
     EXPECT_EQ(invoke(context.get(), OBJECT, "m", nullptr, LIMIT).status, UBUS_STATUS_INVALID_ARGUMENT);
-    ScriptedPeer peer([](Wire &wire) {
-        wire.receive_message();
-        wire.send_hex("00010003 75fcccf2 0000000c 01000008 00000000");
-        wire.await_close();
-    });
+    ScriptedPeer peer(answering(done("0003")));
     EXPECT_EQ(ubus_reconnect(context.get(), PEER_SOCKET), UBUS_STATUS_OK);
     context->request_seq = 2;
     EXPECT_EQ(invoke(context.get(), OBJECT, "m", nullptr, LIMIT).status, UBUS_STATUS_OK);
@@ -244,13 +219,9 @@ TEST(BusClient, ConnectsAgainOnTheSameContext) {
 }
 
 TEST(BusClient, RefusesGreetingsThatAreNone) {
-    const char *greetings[] = {"",
-                               "00000000 6fca",
-                               "00000000 00000000 00000004",
-                               "00010000 6fcafb23 00000004",
-                               "01000000 6fcafb23 00000004",
-                               "00000000 6fcafb23 00000003"};
-    for (const char *greeting : greetings) {
+    for (const char *greeting :
+         {"", "00000000 6fca", "00000000 00000000 00000004", "00010000 6fcafb23 00000004",
+          "01000000 6fcafb23 00000004", "00000000 6fcafb23 00000003"}) {
         ScriptedPeer peer([=](Wire &wire) { wire.send_hex(greeting); }, false);
         EXPECT_FALSE(Context(ubus_connect(PEER_SOCKET))) << greeting;
     }
@@ -277,18 +248,15 @@ struct Completion {
     std::string json;
 };
 
-void on_complete(ubus_request *req, int ret) {
-    auto *completion = static_cast<Completion *>(req->priv);
-    completion->count++;
-    completion->ret = ret;
-}
-
 void send_async(ubus_context *context, ubus_request *req, Completion *completion) {
     ASSERT_EQ(ubus_invoke_async(context, OBJECT, "m", nullptr, req), UBUS_STATUS_OK);
     req->priv = completion;
-    req->complete_cb = on_complete;
-    req->data_cb = [](ubus_request *done, int, blob_attr *) {
-        static_cast<Completion *>(done->priv)->json += "data";
+    req->complete_cb = [](ubus_request *over, int ret) {
+        static_cast<Completion *>(over->priv)->count++;
+        static_cast<Completion *>(over->priv)->ret = ret;
+    };
+    req->data_cb = [](ubus_request *over, int, blob_attr *) {
+        static_cast<Completion *>(over->priv)->json += "data";
     };
     ubus_complete_request_async(context, req);
 }
@@ -298,8 +266,8 @@ TEST(BusClient, AnswersOfAsynchronousCallsArriveInAnyOrder) {
         for (int i = 0; i < 4; i++)
             wire.receive_message();
         wire.send_hex("00020003 75fcccf2 00000008 07000004 00010003 75fcccf2 0000000c 01000008 00000004");
-        wire.send_hex("00010002 75fcccf2 0000000c 01000008 00000000"); // aborted below
-        wire.send_hex("00010004 75fcccf2 0000000c 01000008 00000000");
+        wire.send_hex(done("0002")); // aborted below
+        wire.send_hex(done("0004"));
         wire.receive_message();
     });
     Context context(ubus_connect(PEER_SOCKET));
@@ -322,7 +290,7 @@ TEST(BusClient, AnswersOfAsynchronousCallsArriveInAnyOrder) {
 TEST(BusClient, IsServedByTheLoopUntilTheConnectionIsLost) {
     ScriptedPeer peer([](Wire &wire) {
         wire.receive_message();
-        wire.send_hex(STATUS_0);
+        wire.send_hex(done("0001"));
         wire.receive_message();
     });
     Context context(ubus_connect(PEER_SOCKET));
@@ -336,9 +304,9 @@ TEST(BusClient, IsServedByTheLoopUntilTheConnectionIsLost) {
     send_async(context.get(), &second, &two);
     uloop_run(); // ended by the loss
     EXPECT_EQ(two.ret, UBUS_STATUS_TIMEOUT);
-    EXPECT_TRUE(context->sock.eof);
 }
 
+// Signals are taken over while the loop is in use, but for a handler that the program installed itself.
 TEST(Uloop, TimersFireInOrderAndSignalsEndTheLoop) {
     static std::string fired;
     struct Named {
@@ -347,7 +315,9 @@ TEST(Uloop, TimersFireInOrderAndSignalsEndTheLoop) {
     };
     Named timers[] = {{{}, 'c'}, {{}, 'a'}, {{}, 'b'}, {{}, 'x'}};
     const int due[] = {30, 1, 15, 5};
+    signal(SIGINT, SIG_IGN);
     uloop_init();
+    EXPECT_EQ(signal(SIGINT, SIG_IGN), SIG_IGN);
     for (size_t i = 0; i < 4; i++) {
         timers[i].timeout.cb = [](uloop_timeout *timeout) {
             fired += container_of(timeout, Named, timeout)->name;
@@ -360,44 +330,7 @@ TEST(Uloop, TimersFireInOrderAndSignalsEndTheLoop) {
     EXPECT_EQ(uloop_run(), SIGTERM);
     EXPECT_EQ(fired, "abc");
     uloop_done();
-    struct sigaction now {};
-    sigaction(SIGTERM, nullptr, &now);
-    EXPECT_EQ(now.sa_handler, SIG_DFL);
-}
-
-// A handler that the program installed itself stays.
-TEST(Uloop, TakesOnlyDefaultDispositions) {
-    signal(SIGTERM, SIG_IGN);
-    uloop_init();
-    struct sigaction now {};
-    sigaction(SIGTERM, nullptr, &now);
-    EXPECT_EQ(now.sa_handler, SIG_IGN);
-    sigaction(SIGINT, nullptr, &now);
-    EXPECT_NE(now.sa_handler, SIG_DFL);
-    sigaction(SIGPIPE, nullptr, &now);
-    EXPECT_EQ(now.sa_handler, SIG_IGN);
-    uloop_done();
-}
-
-TEST(BusClient, NamesItsErrors) {
-    const char *texts[] = {"Success",
-                           "Invalid command",
-                           "Invalid argument",
-                           "Method not found",
-                           "Not found",
-                           "No response",
-                           "Permission denied",
-                           "Request timed out",
-                           "Operation not supported",
-                           "Unknown error",
-                           "Connection failed",
-                           "Out of memory",
-                           "Parsing message data failed",
-                           "System error",
-                           "Unknown error: 14"};
-    for (int status = 0; status <= 14; status++)
-        EXPECT_STREQ(ubus_strerror(status), texts[status]);
-    EXPECT_STREQ(ubus_strerror(-1), "Unknown error: -1");
+    EXPECT_EQ(signal(SIGTERM, SIG_DFL), SIG_DFL);
 }
 
 // Any bytes in place of an answer: a status within the time, and nothing read outside the message.
@@ -416,8 +349,6 @@ TEST(BusClient, SurvivesAnyAnswer) {
         Context context(ubus_connect(PEER_SOCKET));
         ASSERT_TRUE(context);
         invoke(context.get(), OBJECT, "m", nullptr, LIMIT);
-        uint32_t id;
-        ubus_lookup_id(context.get(), "x", &id);
     }
 }
 

@@ -38,31 +38,22 @@ TEST(BusAccess, TakesFromEachShapeOfReplyWhatIsAskedFor) {
     };
     const Row rows[] = {
         {"info", R"({"vrop.ledswitch":{"a":1}})", R"({"a":1})"},
-        {"info", R"({"vrop.ledswitch":{}})", "{}"},
         {"info", R"({"vrop.ledswitch":"text"})", "\"text\""},
         {"info", R"({"vrop.ledswitch":null})", "null"},
         {"info", R"({"other":{"a":1}})", "null"},
-        {"info", "{}", "null"},
         {"info", R"({"vrop.ledswitch":{"a":1},"result":"1"})", R"({"a":1})"},
-        {"param", R"({"vrop.ledswitch":{"a":1}})", R"({"a":1})"},
         {"param", R"({"result":"0","vrop.ledswitch":{"a":1}})", R"({"a":1})"},
         {"param", R"({"result":0,"vrop.ledswitch":{"a":1}})", R"({"a":1})"},
         {"param", R"({"result":1,"vrop.ledswitch":{"a":1}})", "null"},
         {"param", R"({"result":"-4","vrop.ledswitch":{"a":1}})", "null"},
-        {"param", R"({"result":0})", "null"},
         {"spec", R"({"other":{"b":2},"vrop.ledswitch":{}})", R"({"b":2})"},
         {"spec", R"({"vrop.ledswitch":{"other":1}})", "null"},
-        {"0", R"({"vrop.ledswitch":[{"n":0},{"n":1}]})", R"({"n":0})"},
         {"1", R"({"vrop.ledswitch":[{"n":0},{"n":1}]})", R"({"n":1})"},
         {"2", R"({"vrop.ledswitch":[{"n":0},{"n":1}]})", "null"},
         {"-1", R"({"vrop.ledswitch":[{"n":0}]})", "null"},
-        {"0", R"({"vrop.ledswitch":[]})", "null"},
         {"0", R"({"vrop.ledswitch":{"0":1}})", "null"},
-        {"0", R"({"other":[1]})", "null"},
         {"set", R"({"result":"0"})", "0"},
-        {"set", R"({"result":0})", "0"},
         {"set", "{}", "0"},
-        {"set", R"({"result":""})", "0"},
         {"set", R"({"result":"word"})", "0"},
         {"set", R"({"result":null})", "0"},
         {"set", R"({"result":"2"})", "-1"},
@@ -84,32 +75,18 @@ TEST(BusAccess, SaysWhatItMisses) {
     RouterRig rig;
     rig.router.add_fault({.kind = Fault::Kind::Status, .object = OBJECT, .method = "get", .value = 9});
     rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.gone"});
-    struct Row {
-        const char *function, *console;
-        std::vector<std::string> log;
-    };
-    const std::string failed = "ubus_invoke failed 'vrop.ledswitch' 'get' Unknown error\n";
-    const Row rows[] = {
-        {"info", "", {"devinfo is NULL"}},
-        {"param", "", {"devinfo is NULL"}},
-        {"spec", "", {"devinfo is NULL"}},
-        {"0", "get_one_array_info [0-9]+ devinfo is NULL\n", {}},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.function);
-        clear_main_log();
-        JsonRoot root;
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(call(row.function, &root), "null");
-        fflush(stdout);
-        EXPECT_THAT(testing::internal::GetCapturedStdout(), MatchesRegex(failed + row.console));
-        EXPECT_EQ(log_messages(), row.log);
-    }
     JsonRoot root;
     testing::internal::CaptureStdout();
+    for (const char *function : {"info", "param", "spec", "0"})
+        EXPECT_EQ(call(function, &root), "null") << function;
     EXPECT_EQ(get_dev_info("vrop.gone", "get", &root), nullptr);
     fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ubus_lookup_id failed 'vrop.gone' 'get' Not found\n");
+    const std::string failed = "ubus_invoke failed 'vrop.ledswitch' 'get' Unknown error\n";
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                MatchesRegex(failed + failed + failed + failed +
+                             "get_one_array_info [0-9]+ devinfo is NULL\n" +
+                             "ubus_lookup_id failed 'vrop.gone' 'get' Not found\n"));
+    EXPECT_EQ(log_messages(), std::vector<std::string>(4, "devinfo is NULL"));
 }
 
 TEST(BusAccess, RefusesNullArguments) {
@@ -120,12 +97,11 @@ TEST(BusAccess, RefusesNullArguments) {
     EXPECT_EQ(get_dev_info(nullptr, "get", &root), nullptr);
     EXPECT_EQ(get_dev_info(OBJECT, nullptr, &root), nullptr);
     EXPECT_EQ(get_dev_info(OBJECT, "get", nullptr), nullptr);
+    fflush(stdout);
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                MatchesRegex("(get_dev_info [0-9]+ param is NULL\n)+"));
     EXPECT_EQ(get_param_dev_info(nullptr, "get", message, &root), nullptr);
     EXPECT_EQ(get_one_array_info(OBJECT, nullptr, 0, &root), nullptr);
-    fflush(stdout);
-    EXPECT_THAT(
-        testing::internal::GetCapturedStdout(),
-        testing::ContainsRegex("get_dev_info [0-9]+ param is NULL\nget_dev_info [0-9]+ param is NULL\n"));
     EXPECT_EQ(get_dev_specInfo(OBJECT, "get", nullptr, &root), nullptr);
     EXPECT_EQ(set_dev_info(nullptr, "set", message), -1);
     EXPECT_EQ(set_dev_info(OBJECT, nullptr), -1);
@@ -147,13 +123,6 @@ TEST(BusAccess, SendsMembersInOrderWithTheirTypes) {
     EXPECT_THAT(sent[0],
                 testing::StartsWith(R"({"z":-1,"a":"x\"ä","m":2147483647,"empty":"","n0":0,"n1":1,)"));
     EXPECT_THAT(rig.arguments(OBJECT, "get"), ElementsAre("{}"));
-}
-
-TEST(BusAccess, ResultTexts) {
-    const std::pair<const char *, int> rows[] = {{nullptr, -1}, {"0", 0},   {"", 0},
-                                                 {"1", -1},     {"-1", -1}, {"x", 0}};
-    for (auto [text, result] : rows)
-        EXPECT_EQ(result_to_ret(text), result);
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <future>
 #include <gmock/gmock.h>
 #include <string>
 #include <sys/stat.h>
@@ -15,46 +14,36 @@
 #include "core/files.h"
 #include "core/handles.h"
 #include "core/log.h"
-#include "core/report_gate.h"
 #include "core/text.h"
-#include "core/thread.h"
 #include "support/text_file.h"
 
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 TEST(Text, CopyIsCutAndTerminated) {
     char field[4] = {'#', '#', '#', '#'};
-    const std::pair<const char *, const char *> rows[] = {
-        {nullptr, ""}, {"", ""}, {"ab", "ab"}, {"abc", "abc"}, {"abcd", "abc"}};
-    for (auto [from, to] : rows) {
+    for (auto [from, to] :
+         {std::pair(static_cast<const char *>(nullptr), ""), {"abc", "abc"}, {"abcd", "abc"}}) {
         copy_text(field, from);
         EXPECT_STREQ(field, to);
     }
-    copy_text(field, 0, "xyz");
-    EXPECT_STREQ(field, "abc");
     EXPECT_STREQ(format_text<4>("%d", 123456).text, "123");
 }
 
 TEST(Text, MacAddresses) {
-    struct Row {
-        const char *digits, *colon, *lower;
+    const std::pair<const char *, const char *> rows[] = {
+        {"a1b2c3d4e5f6", "A1:B2:C3:D4:E5:F6"},
+        {"a1b2xxd4e5f6", "A1:B2:00:00:00:00"},
+        {"", "00:00:00:00:00:00"},
+        {"-1b2", "FF:B2:00:00:00:00"},
     };
-    const Row rows[] = {
-        {"a1b2c3d4e5f6", "A1:B2:C3:D4:E5:F6", "a1b2c3d4e5f6"},
-        {"A1B2C3D4E5F6", "A1:B2:C3:D4:E5:F6", "a1b2c3d4e5f6"},
-        {"a1b2xxd4e5f6", "A1:B2:00:00:00:00", "a1b200000000"},
-        {"", "00:00:00:00:00:00", "000000000000"},
-        {"-1b2", "FF:B2:00:00:00:00", "ffb200000000"},
-    };
-    for (const Row &row : rows) {
+    for (auto [digits, colon] : rows) {
         char text[64] = "";
-        EXPECT_EQ(set_colon_mac(row.digits, text, sizeof text), 17) << row.digits;
-        EXPECT_STREQ(text, row.colon);
-        EXPECT_STREQ(mac_lower_hex(row.digits).text, row.lower);
+        EXPECT_EQ(set_colon_mac(digits, text, sizeof text), 17) << digits;
+        EXPECT_STREQ(text, colon);
     }
+    EXPECT_STREQ(mac_lower_hex("A1B2xxD4E5F6").text, "a1b200000000");
     for (int size : {2, 3, 18, 19}) {
         std::string text(32, '#');
         EXPECT_EQ(set_colon_mac("a1b2c3d4e5f6", text.data(), size), 17);
@@ -69,9 +58,8 @@ TEST(Text, MacAddresses) {
 }
 
 TEST(Text, TrailingBlanksAndCapitals) {
-    const std::pair<std::string, std::string> rows[] = {{"abc \t\r\n", "abc"}, {"abc\v", "abc\v"},
-                                                        {"abc\f", "abc\f"},    {" a b ", " a b"},
-                                                        {" \t\r\n", ""},       {"", ""}};
+    const std::pair<std::string, std::string> rows[] = {
+        {" a b \t\r\n", " a b"}, {"abc\v", "abc\v"}, {" \t\r\n", ""}, {"", ""}};
     for (auto [text, stripped] : rows) {
         util_strip_blank_of_string_end(text.data());
         EXPECT_STREQ(text.c_str(), stripped.c_str());
@@ -121,8 +109,11 @@ TEST(Command, Results) {
         const char *command;
         int result, exit_code, extended;
     };
-    const Row rows[] = {{"true", 0, 0, 0},     {"exit 3", 0, 3, -1},       {"exit 255", 0, 255, -1},
-                        {"/none", 0, 127, -1}, {"kill -9 $$", -1, 77, -1}, {nullptr, -1, 77, -1}};
+    const Row rows[] = {{"true", 0, 0, 0},
+                        {"exit 3", 0, 3, -1},
+                        {"/none", 0, 127, -1},
+                        {"kill -9 $$", -1, 77, -1},
+                        {nullptr, -1, 77, -1}};
     for (const Row &row : rows) {
         SCOPED_TRACE(row.command == nullptr ? "null" : row.command);
         for (auto run : {run_cmd, rvxa_run_cmd}) {
@@ -137,20 +128,6 @@ TEST(Command, Results) {
     for (const char *part : {"[run_cmd][", "]Child process is signaled\n", "]cmd:exit 3\n", "]status:768\n",
                              "]ec:3 cmd:exit 3\n", "]status:9\n"})
         EXPECT_THAT(log, HasSubstr(part));
-    EXPECT_THAT(log, Not(HasSubstr("[run_cmd_ext]")));
-}
-
-void *fill_stack(void *argument) {
-    volatile char frame[THREAD_STACK_BYTES / 2] = {};
-    frame[0] = 1;
-    static_cast<std::promise<int> *>(argument)->set_value(frame[0]);
-    return nullptr;
-}
-
-TEST(Thread, HasTheStackItNeeds) {
-    std::promise<int> done;
-    ASSERT_EQ(start_detached(fill_stack, &done), 0);
-    ASSERT_EQ(done.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
 }
 
 TEST(StorageFile, IsMadeOnceAndLeftAlone) {
@@ -168,16 +145,6 @@ TEST(StorageFile, IsMadeOnceAndLeftAlone) {
          {"[ecm_init][", "]end\n", "]file:/apetc/rvxa/ecm.conf is exist\n[",
           "]file:/apetc/rvxa/ecm.conf is exist\n\n", "]open file:/apetc/rvxa/ecm.conf fail\n"})
         EXPECT_THAT(log, HasSubstr(part));
-}
-
-TEST(ReportGate, SaysWhenASettingIsAtWork) {
-    set_log_filepath(nullptr);
-    EXPECT_EQ(get_report_status(), 0);
-    EXPECT_THAT(text_of("/apvar/log/qvtk.log"), Not(HasSubstr("wait again")));
-    set_flag = 1;
-    EXPECT_EQ(get_report_status(), 1);
-    EXPECT_THAT(text_of("/apvar/log/qvtk.log"), HasSubstr("]set_flag:1\n"));
-    EXPECT_THAT(text_of("/apvar/log/qvtk.log"), HasSubstr("]APP is setting, wait again!\n"));
 }
 
 TEST(Signals, InterruptClearsTheRunFlagAndTheProcessGoesOn) {

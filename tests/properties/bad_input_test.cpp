@@ -80,8 +80,9 @@ Texts broken_texts(const std::string &name, const std::string &document) {
                    "[" + document + "]",
                    "{\"junk\":\"\xc3\x28\"," + document.substr(1),
                    R"({")" + name + R"(":)" + repeated(R"({"a":)", 10000) + "1" + repeated("}", 10000) + "}"};
+    const std::string start = R"({")" + name + R"(":)";
     for (const std::string &value : wrong_values(name))
-        texts.push_back(R"({")" + name + R"(":)" + value + "}");
+        texts.emplace_back(start).append(value).append("}");
     return texts;
 }
 

@@ -180,10 +180,10 @@ TEST(SpoiltCalls, OfSets) {
         for (const Target &target : targets)
             for (const Fault &fault : faults_for(target))
                 spoil(operation, target, fault, good_calls);
-        for (const auto &[call, outcome] : operation.spoilt)
+        for (const auto &row : operation.spoilt)
             EXPECT_TRUE(std::any_of(targets.begin(), targets.end(),
-                                    [&](const Target &t) { return t.text() == call; }))
-                << operation.property << " makes no call " << call;
+                                    [&](const Target &t) { return t.text() == row.first; }))
+                << operation.property << " makes no call " << row.first;
     }
 }
 

@@ -16,8 +16,8 @@ void close_event_client();
 // Sends `length` bytes; whether they arrive is not known. Returns 0.
 int udp_send_data(const char *data, int length);
 
-// The MAC of global_config and app_waitTime as the seconds that a network restart takes. 0, or -1 for a null argument
-// or a length below 1.
+// The MAC of global_config and app_waitTime as the seconds that a network restart takes. 0, or -1 for a null
+// argument or a length below 1.
 int get_networkRestartTime_info(char *mac, int mac_length, int *delay);
 
 // Sends the "networkRestartTime" event, as a datagram of 128 bytes.

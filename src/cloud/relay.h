@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The local event relay: datagrams of this process and of others become events, properties and progress of the cloud.
+// The local event relay: datagrams of this process and of others become events, properties and progress of
+// the cloud.
 #pragma once
 
 #include <cstddef>
 
-// What the relay calls in modules that build on it; main sets them before the relay thread starts. A null slot is
-// passed over.
+// What the relay calls in modules that build on it; main sets them before the relay thread starts. A null
+// slot is passed over.
 struct RelayActions {
-    void (*set_check_interval)(long seconds);               // "updatesettime" with "otaCheckInterval"
-    int (*all_devices_report)();                            // "allDevicesReport"
+    void (*set_check_interval)(long seconds);                // "updatesettime" with "otaCheckInterval"
+    int (*all_devices_report)();                             // "allDevicesReport"
     int (*capture_address)(char *address, int address_size); // "RemoteCapSuccess": where the capture went
 };
 void set_relay_actions(const RelayActions &actions);
@@ -16,10 +17,10 @@ void set_relay_actions(const RelayActions &actions);
 // Opens the server socket, which eventudp_server closes. 0, or -1 after a console message.
 int creat_event_server();
 
-// Thread body: receives and handles datagrams one at a time until *run_flag, a std::atomic<int>, is 0 when a datagram
-// has been handled. A receive error ends the process with status 1.
+// Thread body: receives and handles datagrams one at a time until *run_flag, a std::atomic<int>, is 0 when a
+// datagram has been handled. A receive error ends the process with status 1.
 void *eventudp_server(void *run_flag);
 
-// Handles one datagram of `length` bytes, which need no terminator. 0 when handled or ignored; -1 not JSON, -2 no
-// "action", -3, -31, -4, -5 a member that the action needs is missing.
+// Handles one datagram of `length` bytes, which need no terminator. 0 when handled or ignored; -1 not JSON,
+// -2 no "action", -3, -31, -4, -5 a member that the action needs is missing.
 int handle_qvtk_event(const char *text, int length);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Firmware upgrade offered through the SDK: download, MD5 check, hand-over, with progress and outcome as local events.
+// Firmware upgrade offered through the SDK: download, MD5 check, hand-over, with progress and outcome as
+// local events.
 #pragma once
 
-// Runs the whole upgrade on the calling (SDK) thread, which it blocks. 0 when flashing was accepted, its result when
-// refused, the last libcurl code after three failed downloads, 1 on a digest mismatch.
-int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const char *version, const char *strategy);
+// Runs the whole upgrade on the calling (SDK) thread, which it blocks. 0 when flashing was accepted, its
+// result when refused, the last libcurl code after three failed downloads, 1 on a digest mismatch.
+int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const char *version,
+                       const char *strategy);
 
 // Sends progress (10 started, 60 downloaded, 80 checked, 100 accepted, below 0 failed) to the relay.
 void upgrade_progress(int value);

@@ -195,12 +195,11 @@ TEST_F(Relay, ServesTheSocketUntilTheFlagFallsAndOneMoreDatagramComes) {
     ASSERT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostUpgress"));
     EXPECT_TRUE(has_logged("qvtk eventupd server receive msg:" + full));
 
-    flag = 0;
+    flag = 0; // ends a blocked receive only with one more datagram
     std::string last = R"({"action":"outFormatFeedback"})";
     udp_send_data(last.data(), static_cast<int>(last.size()));
     relay.join();
     EXPECT_TRUE(has_logged("eventudp_server will exit!"));
-    EXPECT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostEvent", 2)); // the last one was still handled
     close_event_client();
     EXPECT_EQ(udp_send_data("x", 1), 0);
 }

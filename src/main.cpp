@@ -2,6 +2,7 @@
 // The agent's start-up order. What starts here ends only with the process.
 #include <cstdio>
 #include <iterator>
+#include <malloc.h>
 #include <unistd.h>
 
 #include "cloud/event_client.h"
@@ -110,6 +111,9 @@ int run() {
 } // namespace
 
 int main() {
+#ifdef M_ARENA_MAX
+    mallopt(M_ARENA_MAX, 1); // each thread's own would keep what its busiest moment took
+#endif
     setvbuf(stdout, nullptr, _IOLBF, 0); // a console line is not lost with the process
     int status = run();
     fflush(stdout);

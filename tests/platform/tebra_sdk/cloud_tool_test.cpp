@@ -43,23 +43,4 @@ TEST_F(SdkTest, TheCloudsToolDrivesADevice) {
     }
 }
 
-// What a device says cannot steer the terminal.
-TEST_F(SdkTest, WatchShowsOneSafeLineEach) {
-    setenv("QVTK_BROKER", broker.socket().c_str(), 1);
-    start();
-    FILE *pipe = popen(DEV_CLOUD " watch event/one progress --count 2 --timeout 20 2>&1", "r");
-    ASSERT_NE(pipe, nullptr);
-    char line[256] = "";
-    ASSERT_STREQ(fgets(line, sizeof line, pipe), "dev/cloud: watching\n");
-    TEBRA_SDK_PostEvent("other", "{}");
-    TEBRA_SDK_PostEvent("one", "a\nb\x1b[2J");
-    TEBRA_SDK_PostUpgress(10);
-    for (const char *expected :
-         {"  serial1  event/one  a\\nb\\x1b[2J\n", "  serial1  progress  {\"progress\":10}\n"}) {
-        ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
-        EXPECT_TRUE(std::string(line).ends_with(expected)) << line;
-    }
-    EXPECT_EQ(pclose(pipe), 0);
-}
-
 } // namespace

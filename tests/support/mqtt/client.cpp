@@ -12,6 +12,7 @@ namespace test_mqtt {
 namespace {
 
 constexpr int QOS = 1;
+constexpr int CONNECTED = 0; // among the confirmed subscriptions, which count from 1
 constexpr int KEEP_ALIVE_SECONDS = 60;
 
 Client *self(void *client) {
@@ -35,12 +36,14 @@ Client::Client(const std::string &socket)
     mosquitto_lib_init();
     handle_ = mosquitto_new(nullptr, true, this);
     mosquitto_int_option(handle_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
-    mosquitto_connect_v5_callback_set(handle_, on_connect);
-    mosquitto_subscribe_v5_callback_set(handle_, on_subscribe);
+    mosquitto_connect_callback_set(handle_,
+                                   [](mosquitto *, void *client, int) { self(client)->confirm(CONNECTED); });
+    mosquitto_subscribe_callback_set(
+        handle_, [](mosquitto *, void *client, int id, int, const int *) { self(client)->confirm(id); });
     mosquitto_message_v5_callback_set(handle_, on_message);
     mosquitto_connect(handle_, socket.c_str(), 0, KEEP_ALIVE_SECONDS);
     mosquitto_loop_start(handle_);
-    wait_until([this] { return connected_; });
+    wait_until([this] { return confirmed_.contains(CONNECTED); });
     subscribe(reply_topic_);
 }
 
@@ -48,18 +51,6 @@ Client::~Client() {
     mosquitto_disconnect(handle_);
     mosquitto_loop_stop(handle_, false);
     mosquitto_destroy(handle_);
-}
-
-void Client::on_connect(mosquitto *, void *client, int reason, int, const mosquitto_property *) {
-    std::lock_guard lock(self(client)->mutex_);
-    self(client)->connected_ = reason == 0;
-    self(client)->changed_.notify_all();
-}
-
-void Client::on_subscribe(mosquitto *, void *client, int id, int, const int *, const mosquitto_property *) {
-    std::lock_guard lock(self(client)->mutex_);
-    self(client)->confirmed_.insert(id);
-    self(client)->changed_.notify_all();
 }
 
 void Client::on_message(mosquitto *, void *client, const mosquitto_message *message,
@@ -77,6 +68,12 @@ void Client::on_message(mosquitto *, void *client, const mosquitto_message *mess
     std::lock_guard lock(self(client)->mutex_);
     self(client)->received_.push_back(std::move(received));
     self(client)->changed_.notify_all();
+}
+
+void Client::confirm(int id) {
+    std::lock_guard lock(mutex_);
+    confirmed_.insert(id);
+    changed_.notify_all();
 }
 
 bool Client::wait_until(const std::function<bool()> &reached) {

@@ -55,9 +55,7 @@ class Client {
     std::optional<Message> wait_answer(const std::string &correlation);
 
   private:
-    static void on_connect(mosquitto *, void *client, int reason, int flags, const mqtt5__property *);
-    static void on_subscribe(mosquitto *, void *client, int id, int count, const int *granted,
-                             const mqtt5__property *);
+    void confirm(int id);
     static void on_message(mosquitto *, void *client, const mosquitto_message *message,
                            const mqtt5__property *properties);
     bool wait_until(const std::function<bool()> &reached);
@@ -67,7 +65,6 @@ class Client {
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Message> received_;
-    bool connected_ = false;
     std::set<int> confirmed_;
     std::atomic<unsigned> requests_ = 0;
 };

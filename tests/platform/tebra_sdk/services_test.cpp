@@ -67,16 +67,4 @@ TEST_F(SdkTest, ACallThatIsNeverAnsweredIsGivenUp) {
     EXPECT_EQ(TEBRA_SDK_Handle_Response(call.handle, call.request, 200, "{}", "later"), -1);
 }
 
-TEST_F(SdkTest, OpenCallsAreBounded) {
-    start();
-    constexpr size_t MANY = 256;
-    for (size_t i = 1; i <= MANY; i++) {
-        client->send_request(PREFIX + "service/later", "");
-        ASSERT_TRUE(diary.wait("later", i)); // one by one: the queue's bound is another one
-    }
-    EXPECT_EQ(answer("service/later"), R"(503 {"code":503,"data":{},"message":"too many calls are open"})");
-    OpenCall call = open_calls().at(0);
-    EXPECT_EQ(TEBRA_SDK_Handle_Response(call.handle, call.request, 200, "{}", "later"), 0);
-}
-
 } // namespace

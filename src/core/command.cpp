@@ -1,15 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/command.h"
 
-#include <cstdlib>
+#include <cerrno>
+#include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "core/log.h"
 
-// The wait status of the command, -1 when there is none; no command at all must not ask whether there is a
-// shell.
+// The wait status of the command, -1 when there is none. Not system(): that lets every SIGINT go by unheard
+// while the command runs.
 static int shell_status(const char *command) {
-    return command == nullptr ? -1 : system(command);
+    if (command == nullptr) return -1;
+    const char *words[] = {"sh", "-c", command, nullptr};
+    pid_t child = 0;
+    if (posix_spawn(&child, "/bin/sh", nullptr, nullptr, const_cast<char **>(words), environ) != 0) return -1;
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0)
+        if (errno != EINTR) return -1;
+    return status;
 }
 
 static bool has_exited(int status) {

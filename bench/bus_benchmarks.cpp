@@ -15,7 +15,11 @@ namespace bench {
 
 namespace {
 
-constexpr double GET_GOAL = 1.15;
+// How long the daemon works on an answer, in microseconds: with the way over the bus and back a call then
+// takes the 0.2 ms that the goal is meant for. The simulated one by itself answers from memory, at once.
+constexpr int USUAL_ANSWER_TIME = 150;
+constexpr double GET_GOAL = 1.15; // at that speed
+constexpr char ANSWER_TIME[] = "/sim/answertime";
 constexpr int DOCUMENT_MAX = 65536;
 constexpr int STATIONS = 128;
 
@@ -28,12 +32,17 @@ void compare_with_calls(benchmark::State &state, double goal, const Turn &work) 
     compare(state, {.with = "its bus calls bare", .goal = goal}, work, [&] { return calls(); });
 }
 
-void get_property(benchmark::State &state, const property_row *row) {
+void get_property(benchmark::State &state, const property_row *row, int answer_time, double goal) {
     static char document[DOCUMENT_MAX];
-    compare_with_calls(state, GET_GOAL, [row] {
+    if (!set_router_value(ANSWER_TIME, std::to_string(answer_time))) {
+        state.SkipWithError("the router does not take an answer time");
+        return;
+    }
+    compare_with_calls(state, goal, [row] {
         document[0] = '\0';
         return row->get("bench", document, sizeof document) == 0 && document[0] == '{';
     });
+    set_router_value(ANSWER_TIME, "0");
 }
 
 // A list like the router's own, long enough.
@@ -67,10 +76,17 @@ void poll_stations(benchmark::State &state) {
 } // namespace
 
 void add_property_gets() {
-    for (const property_row *row = property_map; row->name != nullptr; row++)
-        if (row->get != nullptr)
-            benchmark::RegisterBenchmark((std::string("get/") + row->name).c_str(), get_property, row)
-                ->UseManualTime();
+    struct Speed {
+        const char *prefix;
+        int answer_time;
+        double goal;
+    };
+    for (const Speed &speed : {Speed{"get/", USUAL_ANSWER_TIME, GET_GOAL}, Speed{"get at once/", 0, 0}})
+        for (const property_row *row = property_map; row->name != nullptr; row++)
+            if (row->get != nullptr)
+                benchmark::RegisterBenchmark((std::string(speed.prefix) + row->name).c_str(), get_property,
+                                             row, speed.answer_time, speed.goal)
+                    ->UseManualTime();
 }
 
 void add_station_poll() {

@@ -2,6 +2,7 @@
 #include "sim/router/router.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <future>
 #include <mutex>
@@ -17,6 +18,13 @@ namespace {
 constexpr char SIMULATION[] = "sim";
 constexpr int TICK_MILLIS = 1000;
 constexpr int UNKNOWN_ERROR = 9; // ubus status
+
+// Keeps the processor busy, as a daemon does that works its answer out.
+void work(std::chrono::microseconds duration) {
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end) {
+    }
+}
 
 std::vector<UbusMethod> signatures(const World &world, const std::string &object) {
     std::vector<UbusMethod> methods;
@@ -135,6 +143,7 @@ void Router::Body::handle(const UbusInvocation &invocation) {
     if (object != SIMULATION) {
         world.record({object, method, invocation.json()});
         mishap = world.faults.strike(object, method);
+        work(std::chrono::microseconds(world.state.integer("/sim/answertime")));
     }
     const bool carried_out = !mishap.fault || mishap.fault->kind == Fault::Kind::NoReply;
     std::string reply;

@@ -17,17 +17,17 @@ namespace fs = std::filesystem;
 constexpr char SETTINGS[] = "/tmp/time_settings.json";
 constexpr char CONFIGURATION[] = "/tmp/backup.config";
 constexpr char ADDRESS[] = "/tmp/url.txt";
+constexpr char USAGE[] = "usage: [a-z_]+ .*";
 constexpr char NO_CODE[] = "the server's reply holds no \"code\"";
 
-// Runs a program and compares its exit status and what it says, which is nothing but its name and `line`.
-void expect(const std::string &command, int status, const std::string &line = "") {
+// Runs a program, which says nothing and succeeds, says how it is used, or says its name and why it failed.
+void expect(const std::string &command, const std::string &line) {
     SCOPED_TRACE(command);
     int raw = system((command + " >/tmp/run.out 2>/tmp/run.err").c_str());
-    EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, status);
-    const std::string program = command.substr(0, command.find(' '));
-    EXPECT_THAT(text_of("/tmp/run.err"), MatchesRegex(line.empty()  ? ""
-                                                      : status == 1 ? program + ": " + line + "\n"
-                                                                    : line));
+    EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, line.empty() ? 0 : line == USAGE ? 2 : 1);
+    const std::string start =
+        line.empty() || line == USAGE ? "" : command.substr(0, command.find(' ')) + ": ";
+    EXPECT_THAT(text_of("/tmp/run.err"), MatchesRegex(line.empty() ? "" : start + line + "\n"));
     EXPECT_EQ(text_of("/tmp/run.out"), "");
 }
 
@@ -41,7 +41,7 @@ TEST_F(Helpers, WrongUsage) {
     for (const char *command :
          {"post_data", "post_data 4", "post_data 10", "post_data ''", "post_data -1", "post_data x",
           "post_data 1 1", "common_put_file", "common_put_file a b", "post_file x"})
-        expect(command, 2, "usage: [a-z_]+ .*\n");
+        expect(command, USAGE);
     EXPECT_TRUE(cloud.requests().empty());
 }
 
@@ -50,7 +50,7 @@ TEST_F(Helpers, PostedRequestsAreSignedJson) {
                                      {"1", cloudsim::get_settings_path},
                                      {"3", cloudsim::upgrade_progress_path}}) {
         cloud.clear_requests();
-        expect(std::string("post_data ") + mode, 0);
+        expect(std::string("post_data ") + mode, "");
         ASSERT_EQ(cloud.requests().size(), 1U);
         const cloudsim::Request request = cloud.requests().front();
         EXPECT_EQ(request.method + request.path, std::string("POST") + path);
@@ -76,22 +76,22 @@ TEST_F(Helpers, PostedRequestsFailUnlessTheServerTookThem) {
     for (const char *command : {"post_data 0", "post_data 1", "post_data 3"})
         for (const auto &[fault, line] : cases) {
             cloud.fault(fault);
-            expect(command, 1, line);
+            expect(command, line);
         }
     router.set_state("/vrop.qvtkconfig/devicesecret", "\"other\"");
-    expect("post_data 1", 1, "the server refused the request with code [0-9]+");
+    expect("post_data 1", "the server refused the request with code [0-9]+");
     EXPECT_EQ(text_of(SETTINGS), "before");
     fs::remove(UPGRADE_LOG);
-    expect("post_data 3", 1, "the request cannot be built: 100003");
+    expect("post_data 3", "the request cannot be built: 100003");
     router.stop(); // no bus: no configuration, no address
     for (const char *command : {"post_data 0", "post_data 1"})
-        expect(command, 1, "the registration record holds no address for this request");
+        expect(command, "the registration record holds no address for this request");
 }
 
 TEST_F(Helpers, SettingsAreKeptWhole) {
     cloud.set_settings(R"({"rules": [{"mac": "aa"}]})");
     for (int i = 0; i < 2; i++) { // the second reply holds none
-        expect("post_data 1", 0);
+        expect("post_data 1", "");
         EXPECT_EQ(text_of(SETTINGS), R"({"rules":[{"mac":"aa"}]})");
         EXPECT_EQ(fs::status(SETTINGS).permissions(), fs::perms(0600));
         cloud.fault({.endpoint = "get-settings", .body = R"({"code":0})"});
@@ -99,28 +99,24 @@ TEST_F(Helpers, SettingsAreKeptWhole) {
     cloud.clear_faults();
     fs::remove(SETTINGS);
     fs::create_directory(SETTINGS);
-    expect("post_data 1", 1, "cannot write /tmp/time_settings.json");
+    expect("post_data 1", "cannot write /tmp/time_settings.json");
 }
 
 TEST_F(Helpers, ConfigurationIsFetchedWholeOrNotAtAll) {
-    const struct {
-        size_t size;
-        cloudsim::Fault fault;
-        std::string line;
-    } cases[] = {
-        {1, {}, ""},
-        {1024 * 1024, {}, ""},
+    const std::tuple<size_t, cloudsim::Fault, std::string> cases[] = {
+        {1, cloudsim::Fault{}, ""},
+        {1024 * 1024, cloudsim::Fault{}, ""},
         {1024 * 1024 + 1, {}, "transfer failed: .*"},
         {5000, {.cut = 4999}, "transfer failed: .*"},
         {5000, {.status = 404}, "the server answered HTTP 404"},
     };
-    for (const auto &c : cases) {
-        const std::string bytes(c.size, 'c');
+    for (const auto &[size, fault, line] : cases) {
+        const std::string bytes(size, 'c');
         std::ofstream(ADDRESS) << cloud.url(cloud.add_backup("home.config", bytes)) << " \r\n";
         std::ofstream(CONFIGURATION) << "before";
-        cloud.fault(c.fault);
-        expect("post_data 2", c.line.empty() ? 0 : 1, c.line);
-        EXPECT_TRUE(text_of(CONFIGURATION) == (c.line.empty() ? bytes : "before")) << c.size;
+        cloud.fault(fault);
+        expect("post_data 2", line);
+        EXPECT_TRUE(text_of(CONFIGURATION) == (line.empty() ? bytes : "before")) << size;
     }
 }
 
@@ -134,10 +130,10 @@ TEST_F(Helpers, AddressFileThatIsNoAddress) {
     std::ofstream("/tmp/file.bin") << "bytes";
     for (const char *command : {"post_data 2", "common_put_file /tmp/file.bin"}) {
         fs::remove(ADDRESS);
-        expect(command, 1, "cannot read /tmp/url.txt");
+        expect(command, "cannot read /tmp/url.txt");
         for (const auto &[address, line] : cases) {
             std::ofstream(ADDRESS) << address;
-            expect(command, 1, line);
+            expect(command, line);
         }
     }
     EXPECT_FALSE(fs::exists(CONFIGURATION));
@@ -148,17 +144,17 @@ TEST_F(Helpers, FilesArePut) {
     for (size_t size : {0, 1, 3000000}) {
         const std::string bytes(size, 'p');
         std::ofstream("/tmp/cap.pcap") << bytes;
-        expect("/usr/bin/common_put_file /tmp/cap.pcap", 0);
+        expect("/usr/bin/common_put_file /tmp/cap.pcap", "");
         EXPECT_TRUE(cloud.uploaded("capture.pcap") == bytes) << size;
     }
-    expect("common_put_file /tmp/none", 1, "cannot read /tmp/none");
-    expect("common_put_file /tmp", 1, "/tmp is not a file");
+    expect("common_put_file /tmp/none", "cannot read /tmp/none");
+    expect("common_put_file /tmp", "/tmp is not a file");
     cloud.fault({.endpoint = "upload", .status = 403});
-    expect("common_put_file /tmp/cap.pcap", 1, "the server answered HTTP 403");
+    expect("common_put_file /tmp/cap.pcap", "the server answered HTTP 403");
 }
 
 TEST_F(Helpers, NewestBackupIsPosted) {
-    expect("post_file", 1, "there is no /tmp/\\*_\\*_\\*.config");
+    expect("post_file", "there is no /tmp/\\*_\\*_\\*.config");
     for (const auto &[name, age] : {std::pair{"/tmp/a_b_old.config", 60},
                                     {"/tmp/b_new_c.config", 5},
                                     {"/tmp/c_d_older.config", 3600},
@@ -166,14 +162,14 @@ TEST_F(Helpers, NewestBackupIsPosted) {
         std::ofstream(name) << name;
         fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::seconds(age));
     }
-    expect("post_file", 0);
+    expect("post_file", "");
     const cloudsim::Request request = cloud.requests().at(0);
     EXPECT_EQ(request.path, cloudsim::upload_config_path);
     EXPECT_EQ(request.verdict, "ok");
     EXPECT_EQ(request.fields.at("file"), "/tmp/b_new_c.config");
     EXPECT_EQ(request.fields.at("sn"), "SIM2408000017");
     cloud.fault({.body = R"({"code":1})"});
-    expect("post_file", 1, "the server refused the request with code 1");
+    expect("post_file", "the server refused the request with code 1");
 }
 
 } // namespace

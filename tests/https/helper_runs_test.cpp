@@ -121,10 +121,10 @@ TEST(Capture, SettingsAreCutAndThePathIsOneWord) {
     EXPECT_EQ(get_cap_realurl(address, sizeof address), 0);
     EXPECT_STREQ(address, "");
     EXPECT_EQ(set_cap_config(0, nullptr, std::string(300, 'u').c_str()), 0);
-    EXPECT_EQ(get_cap_realurl(address, sizeof address), 0);
-    EXPECT_EQ(address, std::string(255, 'u'));
-    EXPECT_EQ(get_cap_realurl(address, 4), 0);
-    EXPECT_STREQ(address, "uuu");
+    for (int size : {300, 4}) {
+        EXPECT_EQ(get_cap_realurl(address, size), 0);
+        EXPECT_EQ(address, std::string(size == 4 ? 3 : 255, 'u'));
+    }
     EXPECT_EQ(get_cap_realurl(nullptr, 4), -1);
     EXPECT_EQ(get_cap_realurl(address, 0), -1);
 }

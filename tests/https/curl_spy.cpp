@@ -30,8 +30,9 @@ CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...) {
     void *value = va_arg(arguments, void *); // numbers come the same way where they are as long as pointers
     va_end(arguments);
     curl_spy.options.push_back(curl_easy_option_by_id(option)->name + ("=" + text_of(option, value)));
-    if (option == CURLOPT_TIMEOUT && curl_spy.limit > 0)
-        return __real_curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, curl_spy.limit);
+    if (option == CURLOPT_TIMEOUT)
+        if (auto limit = curl_spy.limits.find(reinterpret_cast<long>(value)); limit != curl_spy.limits.end())
+            return __real_curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, limit->second);
     return __real_curl_easy_setopt(handle, option, value);
 }
 }

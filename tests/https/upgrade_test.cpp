@@ -59,6 +59,7 @@ struct Rig : CloudRig {
     Rig() {
         for (const std::string file : {"qvtk_upgrade.bin", "firmware.img"})
             fs::create_symlink("/aptmp/" + file, "/tmp/" + file); // as on the device
+        router.set_state("/sim/restartdelay", "3600000");         // milliseconds: after the test
         firmware.name = "router.img";
         firmware.image = std::string(IMAGE_SIZE, 'i');
         firmware.version = "V2.0.0";
@@ -68,7 +69,7 @@ struct Rig : CloudRig {
     // Puts everything right for the next attempt.
     void repair() {
         limit_files(RLIM_INFINITY);
-        curl_spy.limit = 0;
+        curl_spy.limits.clear();
         fs::remove("/aptmp/qvtk_upgrade.bin");
         fs::remove("/aptmp/firmware.img");
         cloud.clear_faults();
@@ -124,6 +125,10 @@ void take_file_names(Rig &) {
     fs::create_directory("/aptmp/firmware.img");
 }
 
+void end_soon(Rig &) {
+    curl_spy.limits = {{IMAGE_SECONDS, 300}};
+}
+
 struct Case {
     const char *name;
     Outcome by_sdk, by_https;
@@ -137,7 +142,7 @@ const Case CASES[] = {
     {"good on third try", FLASHED, FLASHED, {.count = 2, .drop = true}},
     {"good on fourth try", NOT_LOADED, FLASHED, {.count = 3, .drop = true}},
     {"connection refused", NOT_LOADED, NOT_LOADED, {}, [](Rig &r) { r.firmware.url = NOBODY; }},
-    {"silent server", NOT_LOADED, NOT_LOADED, {.silent = true}, [](Rig &) { curl_spy.limit = 300; }},
+    {"silent server", NOT_LOADED, NOT_LOADED, {.silent = true}, end_soon},
     {"cut at 0", NOT_LOADED, NOT_LOADED, {.cut = 0}},
     {"cut at 1", NOT_LOADED, NOT_LOADED, {.cut = 1}},
     {"cut at half", NOT_LOADED, NOT_LOADED, {.cut = IMAGE_SIZE / 2}},

@@ -30,6 +30,7 @@ constexpr char MAC[] = "A1:B2:C3:D4:E5:F6";
 constexpr size_t IMAGE_SIZE = 300 * 1024;
 constexpr char IMAGE_MD5[] = "aef3b4c66f65521180a66d3dd93a41dc";
 constexpr char UPPER_MD5[] = "AEF3B4C66F65521180A66D3DD93A41DC";
+constexpr const char *IMAGES[] = {"qvtk_upgrade.bin", "firmware.img"};
 constexpr char NOBODY[] = "https://127.0.0.1:1/";
 constexpr long INTERVAL = 1800 * 1000; // milliseconds between two checks
 
@@ -57,9 +58,9 @@ std::string left(const char *image) {
 
 struct Rig : CloudRig {
     Rig() {
-        for (const std::string file : {"qvtk_upgrade.bin", "firmware.img"})
-            fs::create_symlink("/aptmp/" + file, "/tmp/" + file); // as on the device
-        router.set_state("/sim/restartdelay", "3600000");         // milliseconds: after the test
+        for (const std::string image : IMAGES)
+            fs::create_symlink("/aptmp/" + image, "/tmp/" + image); // as on the device
+        router.set_state("/sim/restartdelay", "3600000");           // milliseconds: after the test
         firmware.name = "router.img";
         firmware.image = std::string(IMAGE_SIZE, 'i');
         firmware.version = "V2.0.0";
@@ -70,8 +71,8 @@ struct Rig : CloudRig {
     void repair() {
         limit_files(RLIM_INFINITY);
         curl_spy.limits.clear();
-        fs::remove("/aptmp/qvtk_upgrade.bin");
-        fs::remove("/aptmp/firmware.img");
+        for (const std::string image : IMAGES)
+            fs::remove("/aptmp/" + image);
         cloud.clear_faults();
         cloud.clear_requests();
         router.clear_faults();
@@ -121,8 +122,8 @@ void refuse_to_flash(Rig &rig) {
 }
 
 void take_file_names(Rig &) {
-    fs::create_directory("/aptmp/qvtk_upgrade.bin");
-    fs::create_directory("/aptmp/firmware.img");
+    for (const std::string image : IMAGES)
+        fs::create_directory("/aptmp/" + image);
 }
 
 void end_soon(Rig &) {

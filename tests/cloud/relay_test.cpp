@@ -1,29 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cloud/relay.h"
 
-#include <arpa/inet.h>
 #include <atomic>
 #include <gmock/gmock.h>
 #include <random>
 #include <string>
-#include <sys/socket.h>
 #include <thread>
 
-#include "cloud/event_client.h"
 #include "cloud/global_config.h"
-#include "core/handles.h"
 #include "core/log.h"
 #include "core/registration.h"
 #include "core/text.h"
+#include "https/event_catcher.h"
 #include "support/main_log.h"
 #include "support/recording_sdk.h"
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-
-const char OFFLINE[] = "event need report ,but device is offline! so it will not upload data!";
 
 std::string actions_called;
 
@@ -37,7 +31,7 @@ int note_report() {
 }
 
 int give_address(char *address, int size) {
-    copy_text(address, static_cast<size_t>(size), "https://host/capture?id=1");
+    copy_text(address, static_cast<size_t>(size), "https://host/?id=1");
     return 0;
 }
 
@@ -46,101 +40,93 @@ int handle(const std::string &datagram) {
 }
 
 struct Row {
-    std::string datagram;
+    std::string members; // the action and what follows it
     int result;
-    std::string call = "";         // of the SDK
-    const char *message = nullptr; // in the log
-    const char *action = "";       // what the relay's links were asked for
+    std::string call = "";    // of the SDK
+    std::string message = ""; // in the log, besides the datagram
+    std::string action = "";  // what the relay's links were asked for
 };
 
-class Relay : public testing::Test {
-  protected:
-    void SetUp() override {
+struct Relay : testing::Test {
+    Relay() {
         set_default_logs();
         set_relay_actions({note_interval, note_report, give_address});
     }
 
     static void expect(const Row &row) {
-        SCOPED_TRACE(row.datagram);
+        const std::string datagram = "{\"action\":" + row.members + "}";
+        SCOPED_TRACE(datagram);
         recording_sdk::clear_calls();
         clear_main_log();
         actions_called.clear();
-        EXPECT_EQ(handle(row.datagram), row.result);
-        std::vector<std::string> calls;
-        if (!row.call.empty()) calls.push_back(row.call);
-        EXPECT_EQ(recording_sdk::lines(), calls);
-        if (row.message != nullptr) {
-            EXPECT_THAT(log_messages(), Contains(row.message));
-        }
+        EXPECT_EQ(handle(datagram), row.result);
+        EXPECT_EQ(recording_sdk::lines(), std::vector(!row.call.empty(), row.call));
+        EXPECT_TRUE(has_logged("msg:" + datagram));
+        EXPECT_TRUE(row.message.empty() || has_logged(row.message));
         EXPECT_EQ(actions_called, row.action);
     }
 };
 
 TEST_F(Relay, DatagramsBecomeCallsOfTheCloud) {
+    const std::string post = "TEBRA_SDK_PostEvent(";
     const Row rows[] = {
-        {R"({"action":"updatesettime","otaCheckInterval":60,"minInterval":5,"maxInterval":90})", 0,
+        {R"("updatesettime","otaCheckInterval":60,"minInterval":5,"maxInterval":90)", 0,
          "update_checkTime(60, 5, 90)", "otaCheckInterval:60, minInterval:5, maxInterval:90", "interval 60"},
-        {R"({"action":"updatesettime","otaCheckInterval":99999999999,"maxInterval":-99999999999})", 0,
-         "update_checkTime(2147483647, 0, -2147483648)", nullptr, "interval 2147483647"},
-        {R"({"action":"updatesettime","minInterval":"7"})", 0, "update_checkTime(0, 7, 0)"},
-        {R"({"action":"upgradeProgress","progress":80})", 0, "TEBRA_SDK_PostUpgress(80)",
+        {R"("updatesettime","otaCheckInterval":99999999999,"maxInterval":-99999999999)", 0,
+         "update_checkTime(2147483647, 0, -2147483648)", "", "interval 2147483647"},
+        {R"("updatesettime","minInterval":"7")", 0, "update_checkTime(0, 7, 0)"},
+        {R"("upgradeProgress","progress":80)", 0, "TEBRA_SDK_PostUpgress(80)",
          "handle receive Upgradeprogress : 80"},
-        {R"({"action":"upgradeProgress"})", 0, "TEBRA_SDK_PostUpgress(-1)"},
-        {R"({"action":"deviceUpgrade","mac":"M","result":1,"msg":"no"})", 0,
-         R"(TEBRA_SDK_PostEvent(deviceUpgrade, {"mac":"M", "msg":"no", "result": 1}))"},
-        {R"({"action":"deviceUpgrade","mac":"M","result":1})", -31},
-        {R"({"action":"deviceUpgrade","msg":"no"})", -31},
-        {R"({"action":"cfgReportProgress","mac":"M","result":3})", 0,
-         R"(TEBRA_SDK_PostEvent(cfgReportProgress, {"mac":"M", "result": 3}))",
-         "handle receive cfgReportProgress : 3"},
-        {R"({"action":"cfgReportProgress","progress":3})", -3},
-        {R"({"action":"deviceConnect","mac":"M","devName":"N","time":1714550587})", 0,
-         R"(TEBRA_SDK_PostEvent(deviceConnet, {"mac":"M", "name": "N", "time": 1714550587}))", "mac:M"},
-        {R"({"action":"deviceConnect","devName":"N"})", -4, "", "get mac fail"},
-        {R"({"action":"deviceConnect","mac":"M"})", -5, "", "get device name fail"},
-        {R"({"action":"allDevicesReport"})", 0, "", nullptr, "report"},
-        {R"({"action":"networkRestartTime","mac":"M","interfaceName":"I","networkDelay":30})", 0,
-         R"(TEBRA_SDK_PostEvent(networkRestartTime, {"mac":"M", "interfaceName":"I", "networkDelay": 30}))"},
-        {R"({"action":"networkRestartTime"})", 0,
-         R"(TEBRA_SDK_PostEvent(networkRestartTime, {"mac":"", "interfaceName":"", "networkDelay": 0}))"},
-        {R"({"action":"outFormatFeedback","result":0})", 0,
-         R"(TEBRA_SDK_PostEvent(outFormatFeedback, {"result": 0}))"},
-        {R"({"action":"outFormatFeedback"})", 0, R"(TEBRA_SDK_PostEvent(outFormatFeedback, {"result": 1}))"},
-        {R"({"action":"RemoteCapSuccess"})", 0,
-         R"(TEBRA_SDK_PostEvent(RemoteCapSuccess, {"result": "https://host/capture?id=1"}))",
-         "realurl: https://host/capture?id=1"},
-        {R"({"action":"unknown"})", 0, "", R"(msg:{"action":"unknown"})"},
-        {R"({"action":5})", 0},
-        {R"({"action":null})", -2, "", "msg has no action"},
-        {"[]", -2, "", "msg has no action"},
-        {"", -1, "", "parse JSON fail"},
-        {"null", -1, "", "parse JSON fail"},
-        {"{\"action\":", -1, "", "parse JSON fail"},
+        {R"("upgradeProgress")", 0, "TEBRA_SDK_PostUpgress(-1)"},
+        {R"("deviceUpgrade","mac":"M","result":1,"msg":"no")", 0,
+         post + R"(deviceUpgrade, {"mac":"M", "msg":"no", "result": 1}))"},
+        {R"("deviceUpgrade","mac":"M","result":1)", -31},
+        {R"("deviceUpgrade","msg":"no")", -31},
+        {R"("cfgReportProgress","mac":"M","result":3)", 0,
+         post + R"(cfgReportProgress, {"mac":"M", "result": 3}))", "handle receive cfgReportProgress : 3"},
+        {R"("cfgReportProgress","progress":3)", -3},
+        {R"("deviceConnect","mac":"M","devName":"N","time":17)", 0,
+         post + R"(deviceConnet, {"mac":"M", "name": "N", "time": 17}))", "mac:M"},
+        {R"("deviceConnect","devName":"N")", -4, "", "get mac fail"},
+        {R"("deviceConnect","mac":"M")", -5, "", "get device name fail"},
+        {R"("allDevicesReport")", 0, "", "", "report"},
+        {R"("networkRestartTime","mac":"M","interfaceName":"I","networkDelay":30)", 0,
+         post + R"(networkRestartTime, {"mac":"M", "interfaceName":"I", "networkDelay": 30}))"},
+        {R"("networkRestartTime")", 0,
+         post + R"(networkRestartTime, {"mac":"", "interfaceName":"", "networkDelay": 0}))"},
+        {R"("outFormatFeedback","result":0)", 0, post + R"(outFormatFeedback, {"result": 0}))"},
+        {R"("outFormatFeedback")", 0, post + R"(outFormatFeedback, {"result": 1}))"},
+        {R"("RemoteCapSuccess")", 0, post + R"(RemoteCapSuccess, {"result": "https://host/?id=1"}))",
+         "realurl: https://host/?id=1"},
+        {R"("unknown")", 0},
+        {"5", 0},
+        {"null", -2, "", "msg has no action"},
+        {"[", -1, "", "parse JSON fail"},
     };
     for (const Row &row : rows)
         expect(row);
+    EXPECT_EQ(handle("[]"), -2);
+    EXPECT_EQ(handle(""), -1);
+    EXPECT_EQ(handle("null"), -1);
 }
 
 TEST_F(Relay, OnlyTheIntervalsPassWhileOffline) {
+    const char offline[] = "event need report ,but device is offline! so it will not upload data!";
     recording_sdk::set_connect_state(0);
-    expect({R"({"action":"updatesettime","otaCheckInterval":1})", 0, "update_checkTime(1, 0, 0)", nullptr,
-            "interval 1"});
-    for (const std::string action :
-         {"upgradeProgress", "deviceConnect", "allDevicesReport", "RemoteCapSuccess", "unknown"})
-        expect({"{\"action\":\"" + action + "\"}", 0, "", OFFLINE});
+    expect({R"("updatesettime","otaCheckInterval":1)", 0, "update_checkTime(1, 0, 0)", "", "interval 1"});
+    for (const char *action :
+         {"\"upgradeProgress\"", "\"deviceConnect\"", "\"allDevicesReport\"", "\"unknown\""})
+        expect({action, 0, "", offline});
 }
 
 TEST_F(Relay, LongTextsAreCutToTheirFields) {
-    std::string mac(100, 'm');
-    std::string name(300, 'n');
+    const std::string mac(100, 'm'), name(300, 'n');
     handle(R"({"action":"networkRestartTime","mac":")" + mac + R"(","interfaceName":")" + name + "\"}");
     handle(R"({"action":"deviceConnect","mac":")" + mac + R"(","devName":")" + name + "\"}");
-    auto posted = recording_sdk::calls();
-    ASSERT_EQ(posted.size(), 2u);
-    std::string whole = R"({"mac":")" + mac.substr(0, 63) + R"(", "interfaceName":")" + name.substr(0, 127) +
-                        R"(", "networkDelay": 0})";
-    EXPECT_EQ(posted[0].arguments[1], whole.substr(0, 199));
-    EXPECT_EQ(posted[1].arguments[1], (R"({"mac":")" + mac + R"(", "name": ")" + name).substr(0, 199));
+    const auto posted = recording_sdk::calls();
+    EXPECT_EQ(posted.at(0).arguments[1],
+              R"({"mac":")" + mac.substr(0, 63) + R"(", "interfaceName":")" + name.substr(0, 108));
+    EXPECT_EQ(posted.at(1).arguments[1], (R"({"mac":")" + mac + R"(", "name": ")" + name).substr(0, 199));
 }
 
 TEST_F(Relay, WithstandsAnyBytes) {
@@ -212,24 +198,12 @@ TEST_F(Relay, EndsTheProcessWhenItsSocketFails) {
 
 // What goes over the wire, byte for byte.
 TEST(EventClient, RestartEventIsADatagramOf128Bytes) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(EVENT_PORT);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    Descriptor receiver(socket(AF_INET, SOCK_DGRAM, 0));
-    ASSERT_EQ(bind(receiver.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    creat_event_client();
+    EventCatcher relay{128};
+    const std::string start = R"({"action": "networkRestartTime", "mac": ")", mac(200, 'm');
     send_restart_event("M", "I", -1);
-    send_restart_event(std::string(200, 'm').c_str(), nullptr, 0);
-    std::string text =
-        R"({"action": "networkRestartTime", "mac": "M", "interfaceName": "I", "networkDelay": -1})";
-    std::string cut = (R"({"action": "networkRestartTime", "mac": ")" + std::string(200, 'm')).substr(0, 127);
-    for (std::string expected : {text, cut}) {
-        char datagram[EVENT_MAX];
-        ASSERT_EQ(recv(receiver.get(), datagram, sizeof datagram, 0), 128);
-        expected.resize(128, '\0');
-        EXPECT_EQ(std::string(datagram, 128), expected);
-    }
+    send_restart_event(mac.c_str(), nullptr, 0);
+    EXPECT_THAT(relay.take(), ElementsAre(start + R"(M", "interfaceName": "I", "networkDelay": -1})",
+                                          (start + mac).substr(0, 127)));
 }
 
 } // namespace

@@ -1,225 +1,174 @@
 // SPDX-License-Identifier: Apache-2.0
 // The helper programs as built, run by name as the agent runs them.
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sys/wait.h>
 
 #include <gmock/gmock.h>
-#include <json-c/json.h>
 
-#include "core/handles.h"
-#include "core/json_path.h"
-#include "sim/cloud/cloud.h"
-#include "support/router_rig.h"
+#include "https/cloud_rig.h"
 #include "support/text_file.h"
 
 namespace {
 
+using testing::ElementsAre;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-constexpr char SECRET[] = "simulated-device-secret";
 constexpr char SETTINGS[] = "/tmp/time_settings.json";
 constexpr char CONFIGURATION[] = "/tmp/backup.config";
 constexpr char ADDRESS[] = "/tmp/url.txt";
+constexpr char USAGE[] = "usage: [a-z_]+ .*";
+constexpr char NO_CODE[] = "the server's reply holds no \"code\"";
 
-struct Ran {
-    int status;
-    std::string errors; // all of stderr
-    std::string output; // all of stdout
-};
-
-Ran run(const std::string &command) {
+// Runs a program, which says nothing and succeeds, says how it is used, or says its name and why it failed.
+void expect(const std::string &command, const std::string &line) {
+    SCOPED_TRACE(command);
     int raw = system((command + " >/tmp/run.out 2>/tmp/run.err").c_str());
-    Ran result = {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, text_of("/tmp/run.err"), text_of("/tmp/run.out")};
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors.find(SECRET), std::string::npos);
-    return result;
+    EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, line.empty() ? 0 : line == USAGE ? 2 : 1);
+    const std::string start =
+        line.empty() || line == USAGE ? "" : command.substr(0, command.find(' ')) + ": ";
+    EXPECT_THAT(text_of("/tmp/run.err"), MatchesRegex(line.empty() ? "" : start + line + "\n"));
+    EXPECT_EQ(text_of("/tmp/run.out"), "");
 }
 
-void expect_failure(const Ran &run, const std::string &line) {
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.errors, MatchesRegex(line + "\n"));
-}
-
-void write_file(const std::string &path, const std::string &text) {
-    std::ofstream(path) << text;
-}
-
-class Helpers : public testing::Test {
-  protected:
+struct Helpers : CloudRig, testing::Test {
     Helpers() {
-        cloud.add_device({"SIM2408000017", "Tq83mZc1wk", SECRET});
-        cloud.start();
-        rig.router.set_state("/vrop.qvtkconfig/reporturl", quoted(cloudsim::report_runtime_path));
-        rig.router.set_state("/vrop.qvtkconfig/timeurl", quoted(cloudsim::get_settings_path));
-        rig.router.set_state("/vrop.qvtkconfig/upgradeprourl", quoted(cloudsim::upgrade_progress_path));
-        rig.router.set_state("/vrop.qvtkconfig/backupurl", quoted(cloudsim::upload_config_path));
-        write_file(UPGRADE_LOG, "[t][f][1]buf:{\"newversion\": \"V1.0.3\", \"strategy\": \"1\"}\n");
+        std::ofstream(UPGRADE_LOG) << "[t][f][1]buf:{\"newversion\": \"V1.0.3\", \"strategy\": \"1\"}\n";
     }
-    std::string quoted(const char *path) { return "\"" + cloud.url(path) + "\""; }
-    void fault(const char *endpoint, const std::function<void(cloudsim::Fault &)> &change) {
-        cloudsim::Fault fault;
-        fault.endpoint = endpoint;
-        change(fault);
-        cloud.fault(fault);
-    }
-
-    RouterRig rig;
-    cloudsim::Cloud cloud;
 };
 
 TEST_F(Helpers, WrongUsage) {
     for (const char *command :
          {"post_data", "post_data 4", "post_data 10", "post_data ''", "post_data -1", "post_data x",
-          "post_data 1 1", "common_put_file", "common_put_file a b", "post_file x"}) {
-        Ran result = run(command);
-        EXPECT_EQ(result.status, 2) << command;
-        EXPECT_THAT(result.errors, MatchesRegex("usage: [a-z_]+ .*\n")) << command;
-    }
+          "post_data 1 1", "common_put_file", "common_put_file a b", "post_file x"})
+        expect(command, USAGE);
     EXPECT_TRUE(cloud.requests().empty());
 }
 
 TEST_F(Helpers, PostedRequestsAreSignedJson) {
-    for (const auto &[mode, path] : {std::pair{"0", cloudsim::report_runtime_path},
-                                     {"1", cloudsim::get_settings_path},
-                                     {"3", cloudsim::upgrade_progress_path}}) {
-        cloud.clear_requests();
-        EXPECT_EQ(run(std::string("/usr/bin/post_data ") + mode).status, 0) << mode;
-        ASSERT_EQ(cloud.requests().size(), 1U);
-        const cloudsim::Request request = cloud.requests().front();
-        EXPECT_EQ(request.method + request.path, std::string("POST") + path);
-        EXPECT_EQ(request.verdict, "ok");
-        EXPECT_EQ(request.headers.find("content-type")->second, "application/json");
-    }
+    std::vector<std::string> seen;
+    for (const char *command : {"post_data 0", "/usr/bin/post_data 1", "post_data 3"})
+        expect(command, "");
+    for (const cloudsim::Request &request : cloud.requests())
+        seen.push_back(request.method + " " + request.headers.find("content-type")->second + " " +
+                       request.verdict + " " + request.path.substr(request.path.rfind('/')));
+    EXPECT_THAT(seen, ElementsAre("POST application/json ok /report-runtime",
+                                  "POST application/json ok /get-settings",
+                                  "POST application/json ok /upgrade-progress"));
 }
 
 TEST_F(Helpers, PostedRequestsFailUnlessTheServerTookThem) {
-    struct Case {
-        std::function<void(cloudsim::Fault &)> change;
-        const char *line;
+    const std::pair<cloudsim::Fault, std::string> cases[] = {
+        {{.status = 500}, "the server answered HTTP 500"},
+        {{.status = 302}, "the server answered HTTP 302"},
+        {{.body = R"({"code":7})"}, "the server refused the request with code 7"},
+        {{.body = "{}"}, NO_CODE},
+        {{.body = "<html>"}, NO_CODE},
+        {{.body = R"({"code":null})"}, NO_CODE},
+        {{.body = ""}, NO_CODE},
+        {{.body = std::string(70000, ' ') + R"({"code":0})"}, "transfer failed: .*"},
+        {{.drop = true}, "transfer failed: .*"},
+        {{.cut = 3}, "transfer failed: .*"},
     };
-    const Case cases[] = {
-        {[](cloudsim::Fault &f) { f.status = 500; }, "post_data: the server answered HTTP 500"},
-        {[](cloudsim::Fault &f) { f.status = 302; }, "post_data: the server answered HTTP 302"},
-        {[](cloudsim::Fault &f) { f.body = "{\"code\":7}"; },
-         "post_data: the server refused the request with code 7"},
-        {[](cloudsim::Fault &f) { f.body = "{}"; }, "post_data: the server's reply holds no \"code\""},
-        {[](cloudsim::Fault &f) { f.body = "<html>"; }, "post_data: the server's reply holds no \"code\""},
-        {[](cloudsim::Fault &f) { f.body = "{\"code\":null}"; },
-         "post_data: the server's reply holds no \"code\""},
-        {[](cloudsim::Fault &f) { f.body = ""; }, "post_data: the server's reply holds no \"code\""},
-        {[](cloudsim::Fault &f) { f.body = std::string(70000, ' ') + "{\"code\":0}"; },
-         "post_data: transfer failed: .*"},
-        {[](cloudsim::Fault &f) { f.drop = true; }, "post_data: transfer failed: .*"},
-        {[](cloudsim::Fault &f) { f.cut = 3; }, "post_data: transfer failed: .*"},
-    };
-    write_file(SETTINGS, "before");
-    for (const char *mode : {"0", "1", "3"})
-        for (const Case &c : cases) {
-            fault("any", c.change);
-            expect_failure(run(std::string("post_data ") + mode), c.line);
+    std::ofstream(SETTINGS) << "before";
+    for (const char *command : {"post_data 0", "post_data 1", "post_data 3"})
+        for (const auto &[fault, line] : cases) {
+            cloud.fault(fault);
+            expect(command, line);
         }
+    router.set_state("/vrop.qvtkconfig/devicesecret", "\"other\"");
+    expect("post_data 1", "the server refused the request with code [0-9]+");
     EXPECT_EQ(text_of(SETTINGS), "before");
-    rig.router.set_state("/vrop.qvtkconfig/devicesecret", "\"other\"");
-    EXPECT_EQ(run("post_data 1").status, 1);
-    EXPECT_EQ(text_of(SETTINGS), "before");
-}
-
-TEST_F(Helpers, RequestsThatCannotBeMade) {
     fs::remove(UPGRADE_LOG);
-    expect_failure(run("post_data 3"), "post_data: the request cannot be built: 100003");
-    rig.router.stop(); // no bus: no configuration, no address
-    for (const char *mode : {"0", "1"})
-        expect_failure(run(std::string("post_data ") + mode),
-                       "post_data: the registration record holds no address for this request");
+    expect("post_data 3", "the request cannot be built: 100003");
+    router.stop(); // no bus: no configuration, no address
+    for (const char *command : {"post_data 0", "post_data 1"})
+        expect(command, "the registration record holds no address for this request");
 }
 
 TEST_F(Helpers, SettingsAreKeptWhole) {
     cloud.set_settings(R"({"rules": [{"mac": "aa"}]})");
-    EXPECT_EQ(run("post_data 1").status, 0);
-    EXPECT_EQ(text_of(SETTINGS), R"({"rules":[{"mac":"aa"}]})");
-    EXPECT_EQ(fs::status(SETTINGS).permissions(), fs::perms(0600));
-    fault("get-settings", [](cloudsim::Fault &f) { f.body = "{\"code\":0}"; });
-    EXPECT_EQ(run("post_data 1").status, 0);
-    EXPECT_EQ(text_of(SETTINGS), R"({"rules":[{"mac":"aa"}]})");
+    for (int i = 0; i < 2; i++) { // the second reply holds none
+        expect("post_data 1", "");
+        EXPECT_EQ(text_of(SETTINGS), R"({"rules":[{"mac":"aa"}]})");
+        EXPECT_EQ(fs::status(SETTINGS).permissions(), fs::perms(0600));
+        cloud.fault({.endpoint = "get-settings", .body = R"({"code":0})"});
+    }
+    cloud.clear_faults();
     fs::remove(SETTINGS);
     fs::create_directory(SETTINGS);
-    expect_failure(run("post_data 1"), "post_data: cannot write /tmp/time_settings.json");
+    expect("post_data 1", "cannot write /tmp/time_settings.json");
 }
 
 TEST_F(Helpers, ConfigurationIsFetchedWholeOrNotAtAll) {
-    struct Case {
-        size_t size;
-        int status;
+    const std::tuple<size_t, cloudsim::Fault, std::string> cases[] = {
+        {1, cloudsim::Fault{}, ""},
+        {1024 * 1024, cloudsim::Fault{}, ""},
+        {1024 * 1024 + 1, {}, "transfer failed: .*"},
+        {5000, {.cut = 4999}, "transfer failed: .*"},
+        {5000, {.status = 404}, "the server answered HTTP 404"},
     };
-    for (const Case &c : {Case{1, 0}, Case{1024 * 1024, 0}, Case{1024 * 1024 + 1, 1}}) {
-        const std::string bytes(c.size, 'c');
-        write_file(ADDRESS, cloud.url(cloud.add_backup("home.config", bytes)));
-        write_file(CONFIGURATION, "before");
-        EXPECT_EQ(run("post_data 2").status, c.status) << c.size;
-        EXPECT_TRUE(text_of(CONFIGURATION) == (c.status == 0 ? bytes : "before")) << c.size;
+    for (const auto &[size, fault, line] : cases) {
+        const std::string bytes(size, 'c');
+        std::ofstream(ADDRESS) << cloud.url(cloud.add_backup("home.config", bytes)) << " \r\n";
+        std::ofstream(CONFIGURATION) << "before";
+        cloud.fault(fault);
+        expect("post_data 2", line);
+        EXPECT_TRUE(text_of(CONFIGURATION) == (line.empty() ? bytes : "before")) << size;
     }
-    write_file(ADDRESS, cloud.url(cloud.add_backup("home.config", std::string(5000, 'c'))) + " \r\n");
-    EXPECT_EQ(run("post_data 2").status, 0);
-    write_file(CONFIGURATION, "before");
-    fault("backup", [](cloudsim::Fault &f) { f.cut = 4999; });
-    expect_failure(run("post_data 2"), "post_data: transfer failed: .*");
-    fault("backup", [](cloudsim::Fault &f) { f.status = 404; });
-    expect_failure(run("post_data 2"), "post_data: the server answered HTTP 404");
-    EXPECT_EQ(text_of(CONFIGURATION), "before");
 }
 
 TEST_F(Helpers, AddressFileThatIsNoAddress) {
-    write_file("/tmp/file.bin", "bytes");
+    const std::pair<std::string, std::string> cases[] = {
+        {" \n", "/tmp/url.txt holds no address"},
+        {"http://host/" + std::string(2000, 'a'), "the address in /tmp/url.txt is too long"},
+        {"file:///etc/passwd", "transfer failed: Unsupported protocol"},
+        {"https://127.0.0.1:1/", "transfer failed: .*"},
+    };
+    std::ofstream("/tmp/file.bin") << "bytes";
     for (const char *command : {"post_data 2", "common_put_file /tmp/file.bin"}) {
         fs::remove(ADDRESS);
-        expect_failure(run(command), "[a-z_]+: cannot read /tmp/url.txt");
-        write_file(ADDRESS, " \n");
-        expect_failure(run(command), "[a-z_]+: /tmp/url.txt holds no address");
-        write_file(ADDRESS, "http://host/" + std::string(2000, 'a'));
-        expect_failure(run(command), "[a-z_]+: the address in /tmp/url.txt is too long");
-        write_file(ADDRESS, "file:///etc/passwd");
-        expect_failure(run(command), "[a-z_]+: transfer failed: Unsupported protocol");
-        write_file(ADDRESS, "https://127.0.0.1:1/");
-        expect_failure(run(command), "[a-z_]+: transfer failed: .*");
+        expect(command, "cannot read /tmp/url.txt");
+        for (const auto &[address, line] : cases) {
+            std::ofstream(ADDRESS) << address;
+            expect(command, line);
+        }
     }
     EXPECT_FALSE(fs::exists(CONFIGURATION));
 }
 
 TEST_F(Helpers, FilesArePut) {
-    write_file(ADDRESS, cloud.url("/upload/capture.pcap"));
-    for (size_t size : {size_t{0}, size_t{1}, size_t{3000000}}) {
+    std::ofstream(ADDRESS) << cloud.url("/upload/capture.pcap");
+    for (size_t size : {0, 1, 3000000}) {
         const std::string bytes(size, 'p');
-        write_file("/tmp/cap.pcap", bytes);
-        EXPECT_EQ(run("/usr/bin/common_put_file /tmp/cap.pcap").status, 0);
+        std::ofstream("/tmp/cap.pcap") << bytes;
+        expect("/usr/bin/common_put_file /tmp/cap.pcap", "");
         EXPECT_TRUE(cloud.uploaded("capture.pcap") == bytes) << size;
     }
-    expect_failure(run("common_put_file /tmp/none"), "common_put_file: cannot read /tmp/none");
-    expect_failure(run("common_put_file /tmp"), "common_put_file: /tmp is not a file");
-    fault("upload", [](cloudsim::Fault &f) { f.status = 403; });
-    expect_failure(run("common_put_file /tmp/cap.pcap"), "common_put_file: the server answered HTTP 403");
+    expect("common_put_file /tmp/none", "cannot read /tmp/none");
+    expect("common_put_file /tmp", "/tmp is not a file");
+    cloud.fault({.endpoint = "upload", .status = 403});
+    expect("common_put_file /tmp/cap.pcap", "the server answered HTTP 403");
 }
 
 TEST_F(Helpers, NewestBackupIsPosted) {
-    expect_failure(run("post_file"), "post_file: there is no /tmp/\\*_\\*_\\*.config");
-    const char *names[] = {"/tmp/a_b_old.config", "/tmp/b_new_c.config", "/tmp/c_d_older.config",
-                           "/tmp/plain.config"};
-    const int ages[] = {60, 5, 3600, 0};
-    for (size_t i = 0; i < std::size(names); i++) {
-        write_file(names[i], names[i]);
-        fs::last_write_time(names[i], fs::file_time_type::clock::now() - std::chrono::seconds(ages[i]));
+    expect("post_file", "there is no /tmp/\\*_\\*_\\*.config");
+    for (const auto &[name, age] : {std::pair{"/tmp/a_b_old.config", 60},
+                                    {"/tmp/b_new_c.config", 5},
+                                    {"/tmp/c_d_older.config", 3600},
+                                    {"/tmp/plain.config", 0}}) {
+        std::ofstream(name) << name;
+        fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::seconds(age));
     }
-    EXPECT_EQ(run("post_file").status, 0);
-    ASSERT_EQ(cloud.requests().size(), 1U);
-    const cloudsim::Request request = cloud.requests().front();
+    expect("post_file", "");
+    const cloudsim::Request request = cloud.requests().at(0);
     EXPECT_EQ(request.path, cloudsim::upload_config_path);
     EXPECT_EQ(request.verdict, "ok");
-    EXPECT_EQ(request.fields.at("file"), names[1]);
+    EXPECT_EQ(request.fields.at("file"), "/tmp/b_new_c.config");
     EXPECT_EQ(request.fields.at("sn"), "SIM2408000017");
-    fault("upload-config-file", [](cloudsim::Fault &f) { f.body = "{\"code\":1}"; });
-    expect_failure(run("post_file"), "post_file: the server refused the request with code 1");
+    cloud.fault({.body = R"({"code":1})"});
+    expect("post_file", "the server refused the request with code 1");
 }
 
 } // namespace

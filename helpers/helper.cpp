@@ -44,11 +44,14 @@ size_t collect(void *data, size_t size, size_t count, void *destination) {
 void start_helper(const char *name) {
     program_name = name;
     messages = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    int nowhere = -1;
+    do // one that the caller had closed is filled, so that nothing else gets its number
+        nowhere = open("/dev/null", O_RDWR);
+    while (nowhere >= 0 && nowhere < STDOUT_FILENO);
     if (nowhere < 0) _exit(EXIT_FAILURE);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
-    close(nowhere);
+    if (nowhere > STDERR_FILENO) close(nowhere);
     signal(SIGPIPE, SIG_IGN);
     signal(SIGALRM, end_late);
     alarm(PROGRAM_SECONDS);
@@ -86,10 +89,10 @@ bool exchange(Transfer *transfer, const char *address, Answer *answer) {
 
 bool was_accepted(const Answer &answer, JsonRoot *reply) {
     reply->reset(json_tokener_parse(answer.text.c_str()));
-    json_object *code = nullptr;
-    if (!JsonGetObj(reply->get(), "code", &code)) return fail("the server's reply holds no \"code\"");
-    const int64_t value = json_object_get_int64(code);
-    return value == 0 || fail("the server refused the request with code %ld", static_cast<long>(value));
+    int code = 0;
+    if (!JsonReadInt(reply->get(), "code", &code))
+        return fail("the server's reply holds no number as \"code\"");
+    return code == 0 || fail("the server refused the request with code %d", code);
 }
 
 bool read_address(std::string *address) {

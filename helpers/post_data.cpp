@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr char SETTINGS_FILE[] = "/tmp/time_settings.json";
+constexpr char SETTINGS_FILE[] = "/aptmp/time_settings.json";
 constexpr char CONFIGURATION_FILE[] = "/tmp/backup.config";
 constexpr size_t CONFIGURATION_LIMIT = 1024 * 1024; // bytes
 constexpr mode_t PRIVATE_MODE = 0600;
@@ -51,7 +51,7 @@ bool fetch_settings() {
     json_object *data = nullptr;
     if (!post_head(post_timecontrol_head, &reply)) return false;
     if (!JsonGetObj(reply.get(), "data", &data)) return true;
-    return keep(SETTINGS_FILE, json_object_to_json_string_ext(data, JSON_C_TO_STRING_PLAIN));
+    return keep(SETTINGS_FILE, JsonPlainText(data));
 }
 
 bool fetch_configuration() {

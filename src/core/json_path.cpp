@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/json_path.h"
 
+#include <cstdlib>
 #include <cstring>
 
 #include "core/handles.h"
@@ -40,6 +41,15 @@ int add_value(json_object *document, const char *path, const char *key, JsonRoot
     return 1;
 }
 
+bool is_integer(json_object *value) {
+    if (json_object_is_type(value, json_type_int)) return true;
+    if (!json_object_is_type(value, json_type_string)) return false;
+    const char *text = json_object_get_string(value);
+    char *end = nullptr;
+    strtoll(text, &end, 10);
+    return end != text && *end == '\0';
+}
+
 json_object *member_of(json_object *object, const char *key) {
     json_object *member = object;
     if (key != nullptr) json_object_object_get_ex(object, key, &member);
@@ -72,6 +82,13 @@ bool JsonGetBool(json_object *document, const char *path) {
     return JsonGetObj(document, path, &member) && json_object_get_boolean(member);
 }
 
+bool JsonReadInt(json_object *document, const char *path, int32_t *value) {
+    json_object *member = nullptr;
+    if (JsonGetObj(document, path, &member) == 0 || !is_integer(member)) return false;
+    *value = json_object_get_int(member);
+    return true;
+}
+
 int JsonSetStr(json_object *document, const char *path, const char *key, const char *value) {
     return add_value(document, path, key, JsonRoot(json_object_new_string(value == nullptr ? "" : value)));
 }
@@ -98,6 +115,18 @@ json_object *JsonCreatePath(json_object *document, const char *path) {
                         return object != nullptr;
                     });
     return complete ? object : nullptr;
+}
+
+std::string JsonPlainText(json_object *document, size_t limit) {
+    const char *text =
+        document == nullptr ? nullptr : json_object_to_json_string_ext(document, JSON_C_TO_STRING_PLAIN);
+    return text == nullptr ? std::string() : std::string(text, strnlen(text, limit));
+}
+
+std::string JsonQuote(const char *text) {
+    JsonRoot value(json_object_new_string(text == nullptr ? "" : text));
+    const char *quoted = json_object_to_json_string_ext(value.get(), JSON_C_TO_STRING_NOSLASHESCAPE);
+    return value && quoted != nullptr ? quoted : "\"\"";
 }
 
 const char *_json_get_str(json_object *object, const char *key) {

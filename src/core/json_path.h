@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include <json-c/json.h>
 
@@ -15,6 +16,9 @@ const char *JsonGetStr(json_object *document,
                        const char *path); // as text, lives with the document; null if missing
 int64_t JsonGetInt64(json_object *document, const char *path); // -1 if missing
 bool JsonGetBool(json_object *document, const char *path);     // false if missing
+// True, and the value, when the member is an integer or a text that is one; what 32 bits cannot hold becomes
+// the nearest that they can. Anything else is false and leaves the value alone.
+bool JsonReadInt(json_object *document, const char *path, int32_t *value);
 
 // Writers: create the missing objects along the path and add the value under the key. 1 on success; 0, with
 // the document as before but for objects created on the way, when document or key is null or the path cannot
@@ -29,6 +33,11 @@ int JsonSetObj(json_object *document, const char *path, const char *key, json_ob
 // The object that the path names, created where it is missing; null for a null document or when a member on
 // the way is not an object.
 json_object *JsonCreatePath(json_object *document, const char *path);
+
+// The document as text without blanks, at most `limit` characters of it; "" for null or without memory.
+std::string JsonPlainText(json_object *document, size_t limit = std::string::npos);
+// The text as a JSON text, in quotation marks; null counts as "".
+std::string JsonQuote(const char *text);
 
 // Readers of bus replies.
 const char *_json_get_str(json_object *object,

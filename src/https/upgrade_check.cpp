@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Asks the device-management server for new firmware, and tells it how far an upgrade got.
 #include <cinttypes>
-#include <cstring>
+#include <string>
 
 #include "core/clock.h"
 #include "core/handles.h"
@@ -17,11 +17,6 @@ constexpr unsigned RETRY_PAUSES[] = {5, 10, 15}; // seconds, before each retry
 constexpr int CHECK_TYPE = 2;
 constexpr size_t CHECK_REPLY = 2048;
 constexpr size_t PROGRESS_REPLY = 1024;
-
-const char *text_of(json_object *document) {
-    const char *text = json_object_to_json_string_ext(document, JSON_C_TO_STRING_PLAIN);
-    return text ? text : "";
-}
 
 JsonRoot new_body(long timestamp, LogSite site = LogSite::here()) {
     JsonRoot body(json_object_new_object());
@@ -47,12 +42,12 @@ JsonRoot check_body(long timestamp, LogSite site = LogSite::here()) {
     return body;
 }
 
-int post_check(const char *body, ReplyBuffer *reply, long timestamp) {
-    return curl_post(body, strlen(body), reply, upgrade_request.check_url, timestamp);
+int post_check(const std::string &body, ReplyBuffer *reply, long timestamp) {
+    return curl_post(body.c_str(), body.size(), reply, upgrade_request.check_url, timestamp);
 }
 
 // The last libcurl code.
-int post_check_with_retries(const char *body, ReplyBuffer *reply, long timestamp,
+int post_check_with_retries(const std::string &body, ReplyBuffer *reply, long timestamp,
                             LogSite site = LogSite::here()) {
     int result = post_check(body, reply, timestamp);
     if (result == 0) return 0;
@@ -103,7 +98,7 @@ int query_upgrade() {
     if (!body) return -1;
     char text[CHECK_REPLY] = {};
     ReplyBuffer reply = {text, sizeof text};
-    int result = post_check_with_retries(text_of(body.get()), &reply, timestamp);
+    int result = post_check_with_retries(JsonPlainText(body.get()), &reply, timestamp);
     if (result != 0) return result;
 
     LOG("#http upgrade# response:%s\n", text);
@@ -112,7 +107,8 @@ int query_upgrade() {
         LOG("#http upgrade# string parse to json error");
         return -1;
     }
-    int code = static_cast<int>(JsonGetInt64(document.get(), "code"));
+    int32_t code = -1;
+    JsonReadInt(document.get(), "code", &code);
     LOG("#http upgrade# response code:%d", code);
     if (code == 0) take_response(document.get());
     return code;
@@ -129,10 +125,10 @@ void report_upgrade_progress(int progress, const char *reason) {
     JsonSetStr(body.get(), nullptr, "reason", reason);
     LOG_UPGRADE("report_upgrade_progress progress[%d], reason[%s]", progress, reason);
 
-    const char *sent = text_of(body.get());
+    const std::string sent = JsonPlainText(body.get());
     char text[PROGRESS_REPLY] = {};
     ReplyBuffer reply = {text, sizeof text};
-    int result = curl_post(sent, strlen(sent), &reply, upgrade_request.progress_url, timestamp);
+    int result = curl_post(sent.c_str(), sent.size(), &reply, upgrade_request.progress_url, timestamp);
     if (result == 0 && JsonRoot(json_tokener_parse(text))) return; // whatever its "code"
     if (result == 0) LOG("#http upgrade# string parse to json error");
     LOG("#http upgrade# curl_post error:ret = %d", result);

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "properties/field.h"
 
-#include <algorithm>
-#include <cstdlib>
-
 #include "core/json_path.h"
 #include "core/text.h"
 
@@ -21,33 +18,16 @@ const char *text_of(const Field &field, const void *record) {
     return static_cast<const char *>(record) + field.offset;
 }
 
-int32_t clamp_to_int32(int64_t value) {
-    return static_cast<int32_t>(std::clamp<int64_t>(value, INT32_MIN, INT32_MAX));
-}
-
-bool reads_as_number(json_object *member) {
-    switch (json_object_get_type(member)) {
-    case json_type_int:
-    case json_type_double:
-    case json_type_boolean:
-        return true;
-    case json_type_string: {
-        const char *text = json_object_get_string(member);
-        char *end = nullptr;
-        strtoll(text, &end, 10);
-        return end != text && *end == '\0';
-    }
-    default:
-        return false;
-    }
-}
-
 } // namespace
 
 int32_t request_integer(json_object *request, const char *key) {
+    int32_t value = -1;
+    if (JsonReadInt(request, key, &value)) return value;
     json_object *member = nullptr;
-    if (JsonGetObj(request, key, &member) == 0 || !reads_as_number(member)) return -1;
-    return clamp_to_int32(json_object_get_int64(member));
+    JsonGetObj(request, key, &member);
+    const bool counts = json_object_is_type(member, json_type_double) != 0 ||
+                        json_object_is_type(member, json_type_boolean) != 0;
+    return counts ? json_object_get_int(member) : -1;
 }
 
 const char *request_text(json_object *request, const char *key) {
@@ -76,14 +56,15 @@ void read_request(Fields fields, json_object *request, void *record) {
 void read_daemon(Fields fields, json_object *reply, void *record) {
     for (const Field &field : fields) {
         json_object *member = nullptr;
-        if (field.daemon == nullptr || JsonGetObj(reply, field.daemon, &member) == 0) continue;
-        if (field.kind == FieldKind::Text)
+        if (field.daemon == nullptr) continue;
+        JsonGetObj(reply, field.daemon, &member);
+        if (field.from_text != nullptr)
+            *integer_of(field, record) = field.from_text(json_object_get_string(member));
+        else if (member != nullptr && field.kind == FieldKind::Text)
             copy_text(static_cast<char *>(record) + field.offset, field.width,
-                      _json_get_str(member, nullptr));
-        else if (field.from_text != nullptr)
-            *integer_of(field, record) = field.from_text(_json_get_str(member, nullptr));
-        else
-            *integer_of(field, record) = _json_get_int(member, nullptr);
+                      json_object_get_string(member));
+        else if (member != nullptr)
+            *integer_of(field, record) = json_object_get_int(member);
     }
 }
 

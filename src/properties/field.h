@@ -23,8 +23,8 @@ struct Field {
     uint16_t width;  // of the array, for texts
     const char *cloud;
     const char *daemon; // null: the daemon has no member of its own for it
-    int32_t (*from_text)(
-        const char *text); // the daemon's text as the integer kept here; null: taken as it is
+    // the daemon's text, null when it gives none, as the integer kept here; null: taken as it is
+    int32_t (*from_text)(const char *text);
 };
 
 // FIELD(Integer, WifiRecord, wifi2g_open, "wifi2gOpen", "wifi24apenable" [, converter])
@@ -38,7 +38,7 @@ using Fields = std::span<const Field>;
 // From a request: an integer that is absent, or is no number, becomes -1; a text is copied only when it is
 // there.
 void read_request(Fields fields, json_object *request, void *record);
-// From the daemon's reply: only members that are there.
+// From the daemon's reply: only members that are there, but for rows that convert a text.
 void read_daemon(Fields fields, json_object *reply, void *record);
 // Into the document, in the rows' order, under `path`. 0, or -1 when memory ran out.
 int write_document(Fields fields, const void *record, json_object *document, const char *path);

@@ -15,11 +15,11 @@ using testing::ElementsAre;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-constexpr char SETTINGS[] = "/tmp/time_settings.json";
+constexpr char SETTINGS[] = "/aptmp/time_settings.json";
 constexpr char CONFIGURATION[] = "/tmp/backup.config";
 constexpr char ADDRESS[] = "/tmp/url.txt";
 constexpr char USAGE[] = "usage: [a-z_]+ .*";
-constexpr char NO_CODE[] = "the server's reply holds no \"code\"";
+constexpr char NO_CODE[] = "the server's reply holds no number as \"code\"";
 
 // Runs a program, which says nothing and succeeds, says how it is used, or says its name and why it failed.
 void expect(const std::string &command, const std::string &line) {
@@ -66,6 +66,10 @@ TEST_F(Helpers, PostedRequestsFailUnlessTheServerTookThem) {
         {{.body = "{}"}, NO_CODE},
         {{.body = "<html>"}, NO_CODE},
         {{.body = R"({"code":null})"}, NO_CODE},
+        {{.body = R"({"code":"denied"})"}, NO_CODE},
+        {{.body = R"({"code":[]})"}, NO_CODE},
+        {{.body = R"({"code":0.7})"}, NO_CODE},
+        {{.body = R"({"code":4294967296})"}, "the server refused the request with code 2147483647"},
         {{.body = ""}, NO_CODE},
         {{.body = std::string(70000, ' ') + R"({"code":0})"}, "transfer failed: .*"},
         {{.drop = true}, "transfer failed: .*"},
@@ -98,7 +102,7 @@ TEST_F(Helpers, SettingsAreKeptWhole) {
     cloud.clear_faults();
     fs::remove(SETTINGS);
     fs::create_directory(SETTINGS);
-    expect("post_data 1", "cannot write /tmp/time_settings.json");
+    expect("post_data 1", "cannot write /aptmp/time_settings.json");
 }
 
 TEST_F(Helpers, ConfigurationIsFetchedWholeOrNotAtAll) {

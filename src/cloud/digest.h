@@ -37,6 +37,8 @@ void byteReverse(uint8_t *words,
 void hmac_sha1(const char *message, int message_length, char *output, const char *key, int key_length);
 // The lower-case hex digit of the low four bits.
 char hb2hex(uint8_t value);
+// Writes 2 * count lower-case hex digits, without a terminator.
+void bytes_to_hex(const uint8_t *bytes, size_t count, char *output);
 
 // Base64 with padding. The encoder writes no terminator; `out_length` gets the bytes written (output must
 // have room for (length + 2) / 3 * 4). 0; -1 for a null input or output or a length of 0.

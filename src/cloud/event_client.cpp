@@ -4,7 +4,6 @@
 #include <arpa/inet.h>
 #include <cstdio>
 #include <mutex>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "cloud/global_config.h"
@@ -20,6 +19,14 @@ Descriptor client;
 constexpr size_t RESTART_DATAGRAM = 128;
 
 } // namespace
+
+sockaddr_in event_address() {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(EVENT_PORT);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
 
 int creat_event_client() {
     Descriptor opened(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -39,12 +46,9 @@ void close_event_client() {
 
 int udp_send_data(const char *data, int length) {
     if (data == nullptr || length < 0) return 0;
-    sockaddr_in relay = {};
-    relay.sin_family = AF_INET;
-    relay.sin_port = htons(EVENT_PORT);
-    relay.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const sockaddr_in relay = event_address();
     std::lock_guard lock(client_mutex);
-    sendto(client.get(), data, static_cast<size_t>(length), 0, reinterpret_cast<sockaddr *>(&relay),
+    sendto(client.get(), data, static_cast<size_t>(length), 0, reinterpret_cast<const sockaddr *>(&relay),
            sizeof relay);
     return 0;
 }

@@ -4,9 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <netinet/in.h>
 
 inline constexpr uint16_t EVENT_PORT = 9589;
 inline constexpr size_t EVENT_MAX = 1024; // bytes in one datagram
+
+// Where the relay listens.
+sockaddr_in event_address();
 
 // Opens the sending socket, which stays the process's. 0, or -1 after a console message.
 int creat_event_client();

@@ -55,10 +55,7 @@ Text<33> md5_of_file(const char *path) {
 
     uint8_t digest[16];
     MD5Final(digest, &context);
-    for (size_t i = 0; i < sizeof digest; i++) {
-        text.text[2 * i] = hb2hex(digest[i] >> 4);
-        text.text[2 * i + 1] = hb2hex(digest[i]);
-    }
+    bytes_to_hex(digest, sizeof digest, text.text);
     return text;
 }
 

@@ -30,6 +30,13 @@ char hb2hex(uint8_t value) {
     return "0123456789abcdef"[value & 0xf];
 }
 
+void bytes_to_hex(const uint8_t *bytes, size_t count, char *output) {
+    for (size_t i = 0; i < count; i++) {
+        output[2 * i] = hb2hex(bytes[i] >> 4);
+        output[2 * i + 1] = hb2hex(bytes[i]);
+    }
+}
+
 void hmac_sha1(const char *message, int message_length, char *output, const char *key, int key_length) {
     if (!message || !output || !key || message_length < 0 || key_length < 0) return;
     if (static_cast<size_t>(key_length) > BLOCK) return;
@@ -42,8 +49,5 @@ void hmac_sha1(const char *message, int message_length, char *output, const char
     padded_sha1(padded_key, 0x5c, digest, DIGEST, digest);
     explicit_bzero(padded_key, sizeof padded_key);
 
-    for (size_t i = 0; i < DIGEST; i++) {
-        output[2 * i] = hb2hex(digest[i] >> 4);
-        output[2 * i + 1] = hb2hex(digest[i]);
-    }
+    bytes_to_hex(digest, DIGEST, output);
 }

@@ -41,11 +41,8 @@ int creat_event_server() {
         perror("Creating eventudp_server socket failed.\n");
         return -1;
     }
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(EVENT_PORT);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (bind(opened.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
+    const sockaddr_in address = event_address();
+    if (bind(opened.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
         perror("eventudp_server Bind() error.\n");
         return -1;
     }

@@ -7,20 +7,24 @@
 namespace {
 
 void copy_piece(const void *data, size_t length, const ReplyBuffer *reply) {
-    if (!reply->data || reply->size == 0) return;
+    if (reply->size == 0) return;
     memcpy(reply->data, data, std::min(length, reply->size - 1));
     reply->data[reply->size - 1] = '\0';
+}
+
+bool has_room(const void *reply) {
+    return reply != nullptr && static_cast<const ReplyBuffer *>(reply)->data != nullptr;
 }
 
 } // namespace
 
 size_t keep_last_piece(void *data, size_t size, size_t count, void *reply) {
-    if (!data || !reply) return static_cast<size_t>(-1);
+    if (!data || !has_room(reply)) return static_cast<size_t>(-1);
     return req_reply(data, size, count, reply);
 }
 
 size_t req_reply(void *data, size_t size, size_t count, void *reply) {
-    if (data && reply) copy_piece(data, size * count, static_cast<const ReplyBuffer *>(reply));
+    if (data && has_room(reply)) copy_piece(data, size * count, static_cast<const ReplyBuffer *>(reply));
     return size * count;
 }
 

@@ -22,8 +22,8 @@ struct ReplyBuffer {
 // pieces left there, as much as fits before the terminator. Both return the whole piece's bytes, so that the
 // transfer goes on.
 size_t keep_last_piece(void *data, size_t size, size_t count,
-                       void *reply);                                  // null data or reply ends the transfer
-size_t req_reply(void *data, size_t size, size_t count, void *reply); // null data or reply is passed over
+                       void *reply); // null data, reply or buffer ends the transfer
+size_t req_reply(void *data, size_t size, size_t count, void *reply); // these are passed over
 
 // Options are set in the order of the calls. What is passed by pointer must outlive the transfer, but for
 // texts.

@@ -14,7 +14,7 @@ namespace {
 constexpr char DOWNLOAD_FILE[] = "/aptmp/qvtk_upgrade.bin";
 constexpr char INSTALL_FILE[] = "/tmp/qvtk_upgrade.bin";    // the same file, as the flasher names it
 constexpr unsigned PAUSES_AFTER_FAILURE[] = {60, 120, 180}; // seconds
-constexpr int NO_ADDRESS = 1;
+constexpr int NOT_STARTED = 1;
 
 enum Progress {
     PROGRESS_STARTED = 10,
@@ -30,9 +30,10 @@ enum Progress {
 using Datagram = Text<128>;
 
 int download(const char *url) {
-    if (!url || url[0] == '\0') return NO_ADDRESS;
+    if (!url || url[0] == '\0') return NOT_STARTED;
     unlink(DOWNLOAD_FILE);
-    return fetch_image(url, DOWNLOAD_FILE, ProgressMeter::hidden);
+    const int result = fetch_image(url, DOWNLOAD_FILE, ProgressMeter::hidden);
+    return result == FETCH_NO_FILE ? NOT_STARTED : result;
 }
 
 // 0 when the file is worth a look, also when there is no library to load it with.

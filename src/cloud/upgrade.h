@@ -4,7 +4,8 @@
 #pragma once
 
 // Runs the whole upgrade on the calling (SDK) thread, which it blocks. 0 when flashing was accepted, its
-// result when refused, the last libcurl code after three failed downloads, 1 on a digest mismatch.
+// result when refused, 1 on a digest mismatch. After three failed downloads the last one's result: a libcurl
+// code, or 1 when there was no address or the file could not be opened.
 int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const char *version,
                        const char *strategy);
 

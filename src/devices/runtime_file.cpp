@@ -17,8 +17,7 @@ JsonRoot read_runtime_array(const char *path, bool *open_failed) {
 }
 
 std::string runtime_text(json_object *array) {
-    const char *text = json_object_to_json_string_ext(array, JSON_C_TO_STRING_PLAIN);
-    return text ? std::string(text, strnlen(text, RUNTIME_TEXT_MAX)) : std::string();
+    return JsonPlainText(array, RUNTIME_TEXT_MAX);
 }
 
 void replace_runtime_file(json_object *array, LogSite site) {

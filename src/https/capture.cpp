@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "https/capture.h"
 
+#include <climits>
 #include <cstring>
 #include <mutex>
 #include <unistd.h>
@@ -34,7 +35,7 @@ bool upload_is_due(Text<128> *path) {
     if (capture.real_url[0] == '\0' || access(capture.path, F_OK) != 0) return false;
     copy_text(path->text, capture.path);
     if (capture.time == 0) return true;
-    capture.time--;
+    if (capture.time > INT_MIN) capture.time--; // one below 0 never gets there
     return false;
 }
 

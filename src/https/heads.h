@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Body, signature and address of the requests that the helper programs send. Any thread.
+// Body, signature and address of the requests that the helper programs send. For one thread of a process that
+// has nothing else running: loading the registration record also sets what belongs to the process.
 #pragma once
 
 #include "core/log.h"

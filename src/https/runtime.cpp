@@ -6,7 +6,7 @@
 
 #include "cloud/event_client.h"
 #include "core/clock.h"
-#include "core/handles.h"
+#include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
 #include "core/thread.h"
@@ -94,12 +94,10 @@ int online_report(const char *mac, const char *name) {
         return -1;
     }
     // a client chooses its own name, so it is quoted rather than pasted
-    JsonRoot quoted_name(json_object_new_string(name));
-    const char *name_text = json_object_to_json_string_ext(quoted_name.get(), JSON_C_TO_STRING_NOSLASHESCAPE);
     Datagram datagram = {};
     snprintf(datagram.text, sizeof datagram.text,
              "{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}%s", mac,
-             name_text ? name_text : "\"\"", static_cast<int>(now_seconds()), "");
+             JsonQuote(name).c_str(), static_cast<int>(now_seconds()), "");
     udp_send_data(datagram.text, sizeof datagram.text);
     return 0;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The runtime file of today and the day file that is made of it.
+#include <algorithm>
 #include <cinttypes>
 
 #include "core/bus.h"
@@ -25,9 +26,23 @@ int64_t within_a_day(int64_t seconds) {
     return seconds > DAY ? seconds - DAY : seconds;
 }
 
+// A number of the file, which others may have written: an absent one counts as `absent`, and none is so large
+// that sums of them overflow.
+int64_t number_of(json_object *entry, const char *key, int64_t absent) {
+    constexpr int64_t LIMIT = int64_t{1} << 60;
+    json_object *member = nullptr;
+    if (JsonGetObj(entry, key, &member) == 0) return absent;
+    return std::clamp(json_object_get_int64(member), -LIMIT, LIMIT);
+}
+
+int64_t runtime_of(json_object *entry) {
+    return number_of(entry, "runTime", 0);
+}
+
 // Seconds until now from when the entry's runtime was taken.
 int64_t seconds_since_taken(json_object *entry) {
-    return now_seconds() - JsonGetInt64(entry, "timestamp");
+    const int64_t now = now_seconds();
+    return now - number_of(entry, "timestamp", now);
 }
 
 void add_station(json_object *log, json_object *station) {
@@ -85,7 +100,7 @@ JsonRoot named_entry(json_object *old) {
 JsonRoot updated_entry(json_object *old, const char *gone_mac) {
     JsonRoot entry = named_entry(old);
     if (!entry) return entry;
-    int64_t seconds = within_a_day(JsonGetInt64(old, "runTime"));
+    int64_t seconds = within_a_day(runtime_of(old));
     if (is_entry_of(old, gone_mac)) {
         LOG("update runTime");
         seconds += seconds_since_taken(old);
@@ -101,7 +116,7 @@ JsonRoot updated_entry(json_object *old, const char *gone_mac) {
 JsonRoot final_entry(json_object *old) {
     JsonRoot entry = named_entry(old);
     if (!entry) return entry;
-    const int64_t seconds = JsonGetInt64(old, "runTime") + seconds_since_taken(old);
+    const int64_t seconds = runtime_of(old) + seconds_since_taken(old);
     LOG("onlineTime:%" PRId64, seconds);
     JsonSetInt64(entry.get(), nullptr, "runTime", seconds);
     return entry;
@@ -110,7 +125,7 @@ JsonRoot final_entry(json_object *old) {
 JsonRoot report_entry(json_object *old) {
     if (!JsonGetStr(old, "mac")) return nullptr;
     JsonRoot entry = named_entry(old);
-    if (entry) JsonSetInt64(entry.get(), nullptr, "runTime", JsonGetInt64(old, "runTime"));
+    if (entry) JsonSetInt64(entry.get(), nullptr, "runTime", runtime_of(old));
     return entry;
 }
 

@@ -24,10 +24,6 @@ struct Station {
     char name[128];
 };
 
-const char *plain_text(json_object *document) {
-    return json_object_to_json_string_ext(document, JSON_C_TO_STRING_PLAIN);
-}
-
 void add_station(json_object *list, json_object *listed) {
     const char *mac = JsonGetStr(listed, "mac");
     const int64_t uptime = JsonGetInt64(listed, "uptime");
@@ -75,7 +71,7 @@ int find_sameDevice(json_object *list, const char *mac) {
 
 void update_backupSta(json_object *list) {
     staList_len = json_object_array_length(list);
-    copy_text(staList_backup, plain_text(list));
+    copy_text(staList_backup, JsonPlainText(list).c_str());
 }
 
 // True when one came. Announces the last first.

@@ -122,7 +122,7 @@ time_t http_upgrade_start() {
     g_request_interval = DEFAULT_INTERVAL;
     load_upgrade_request();
     curl_global_init(CURL_GLOBAL_ALL);
-    return now_seconds() - DEFAULT_INTERVAL;
+    return now_seconds() - g_request_interval; // the first check is due at once
 }
 
 void http_upgrade_round(time_t *last_check) {

@@ -87,6 +87,8 @@ TEST_F(Relay, DatagramsBecomeCallsOfTheCloud) {
         {R"("cfgReportProgress","progress":3)", -3},
         {R"("deviceConnect","mac":"M","devName":"N","time":17)", 0,
          post + R"(deviceConnet, {"mac":"M", "name": "N", "time": 17}))", "mac:M"},
+        {R"("deviceConnect","mac":"M","devName":"a \"9\" \\","time":17)", 0,
+         post + R"(deviceConnet, {"mac":"M", "name": "a \"9\" \\", "time": 17}))"},
         {R"("deviceConnect","devName":"N")", -4, "", "get mac fail"},
         {R"("deviceConnect","mac":"M")", -5, "", "get device name fail"},
         {R"("allDevicesReport")", 0, "", "", "report"},

@@ -144,10 +144,11 @@ TEST_F(Runtime, BrokenFilesAreLeftAlone) {
         EXPECT_EQ(runtimeList_report(), nullptr);
         EXPECT_EQ(get_device_inform("aa"), 1);
     }
-    std::ofstream(TODAY) << R"([1,null,[],{"mac":5},{"runTime":"12","timestamp":1714550400}])";
+    std::ofstream(TODAY) << R"([1,null,[],{"mac":5},{"runTime":"12","timestamp":1714550400},)"
+                         << R"({"runTime":9223372036854775807,"timestamp":-9223372036854775808}])";
     runtimeList_finalUpdate(3);
-    EXPECT_EQ(text_of(LAST_DAY),
-              R"([{"mac":"5","name":"","runTime":1714550400},{"mac":"","name":"","runTime":12}])");
+    EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"5","name":"","runTime":0},{"mac":"","name":"","runTime":12},)"
+                                 R"({"mac":"","name":"","runTime":2305843010928244352}])");
 }
 
 } // namespace

@@ -30,7 +30,7 @@ constexpr Field FIELDS[] = {
     FIELD(Text, DeviceInfo, ip, "ip", nullptr),
 };
 
-int fill(json_object *document) {
+int fill_device_info(json_object *document) {
     if (device_info.refresh == nullptr) {
         LOG("deviceinfo.getdata is NULL");
         return -1;
@@ -42,7 +42,7 @@ int fill(json_object *document) {
 }
 
 const Property PROPERTY = {
-    .name = "deviceInfo", .start = "deviceInfo_", .lock = &device_info_lock, .fill = fill};
+    .name = "deviceInfo", .start = "deviceInfo_", .lock = &device_info_lock, .fill = fill_device_info};
 
 void reset() {
     device_info = DeviceInfo{};
@@ -98,8 +98,9 @@ int get_deviceInfo_conf(DeviceInfo *info) {
         copy_text(info->manufacturer, vendor != nullptr ? vendor : DEFAULT_VENDOR);
         json_object *area = nullptr;
         // "areaCode" only says that there is one; its text is under "province"
-        if (JsonGetObj(reply, "areaCode", &area) != 0)
-            copy_text(info->area_code, _json_get_str(reply, "province"));
+        const char *province = JsonGetStr(reply, "province");
+        if (JsonGetObj(reply, "areaCode", &area) != 0 && province != nullptr)
+            copy_text(info->area_code, province);
         read_mac_and_serial_number(reply, info);
     }
     get_deviceIp(info->ip, sizeof(info->ip), &info->online_time);

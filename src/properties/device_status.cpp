@@ -27,13 +27,15 @@ constexpr Field FIELDS[] = {
     FIELD(Integer, DeviceStatus, down_speed, "downSpeed", nullptr),
 };
 
-int fill(json_object *document) {
+int fill_device_status(json_object *document) {
     get_deviceStatus_config(&device_status);
     return write_document(FIELDS, &device_status, document, "deviceStatus");
 }
 
-const Property PROPERTY = {
-    .name = "deviceStatus", .start = "deviceStatus_", .lock = &device_status_lock, .fill = fill};
+const Property PROPERTY = {.name = "deviceStatus",
+                           .start = "deviceStatus_",
+                           .lock = &device_status_lock,
+                           .fill = fill_device_status};
 
 void reset() {
     device_status = DeviceStatus{};

@@ -17,7 +17,7 @@ char led_status[8] = "on";
 std::mutex led_lock;
 char last_sent[128];
 
-int fill(json_object *document) {
+int fill_led_status(json_object *document) {
     JsonRoot root;
     json_object *reply = get_dev_info(OBJECT, "get", &root);
     if (reply == nullptr) {
@@ -33,7 +33,7 @@ const Property PROPERTY = {
     .name = "ledStatus",
     .start = "ledStatus ",
     .lock = &led_lock,
-    .fill = fill,
+    .fill = fill_led_status,
     .request_type = json_type_string,
     .member_missing = "APP send data is error",
     .create_failed = "create json obj fail",
@@ -43,7 +43,7 @@ const Property PROPERTY = {
     .last_sent_size = sizeof(last_sent),
 };
 
-int apply(json_object *member, const char *) {
+int apply_led_status(json_object *member, const char *) {
     const char *status = json_object_get_string(member);
     if (status == nullptr || *status == '\0') {
         LOG("APP send data is error");
@@ -62,7 +62,7 @@ int ledStatus_init() {
 }
 
 int ledStatus_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_led_status);
 }
 
 int ledStatus_get(const char *context, char *output, int length) {

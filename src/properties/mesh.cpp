@@ -19,7 +19,7 @@ int32_t mesh_role; // requested last; serves a request that names none
 std::mutex mesh_lock;
 char last_sent[1024];
 
-int fill(json_object *document) {
+int fill_mesh(json_object *document) {
     get_mesh_config(&mesh_info);
     JsonSetBool(document, "mesh", "open", mesh_info.enable != 0);
     if (mesh_info.enable != 0) {
@@ -33,7 +33,7 @@ const Property PROPERTY = {
     .name = "mesh",
     .start = "mesh ",
     .lock = &mesh_lock,
-    .fill = fill,
+    .fill = fill_mesh,
     .create_failed = "create json obj fail",
     .changed = "mesh have change buf:",
     .report_size = 128,
@@ -41,7 +41,7 @@ const Property PROPERTY = {
     .last_sent_size = sizeof(last_sent),
 };
 
-int apply(json_object *member, const char *context) {
+int apply_mesh(json_object *member, const char *context) {
     MeshRequest request{};
     request.open = request_integer(member, "open");
     request.enable = request_integer(member, "enable");
@@ -59,7 +59,7 @@ int mesh_init() {
 }
 
 int mesh_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_mesh);
 }
 
 int mesh_get(const char *context, char *output, int length) {

@@ -33,7 +33,7 @@ Fields route_fields(int32_t route_type) {
     }
 }
 
-int fill(json_object *document) {
+int fill_network_info(json_object *document) {
     const NetworkRecord &network = network_record;
     get_network_config(&network_record);
     JsonSetInt64(document, "networkInfo", "networkMode", network.network_mode);
@@ -56,7 +56,8 @@ const Property PROPERTY = {
     .name = "networkInfo",
     .start = "networkInfo ",
     .lock = &network_lock,
-    .fill = fill,
+    .fill = fill_network_info,
+    .member_missing = nullptr,
     .changed = "networkInfo have change buf:",
     .report_size = sizeof(last_sent),
     .last_sent = last_sent,
@@ -132,7 +133,7 @@ int apply_connect(json_object *connect, NetworkRecord *network) {
 
 // Once a writer has been called the request counts as served: what the daemon refuses is logged by the
 // writer.
-int apply(json_object *member, const char *context) {
+int apply_network_info(json_object *member, const char *context) {
     NetworkRecord request{};
     request.network_mode = request_integer(member, "networkMode");
     REQUIRE(request.network_mode, "networkMode is not exist");
@@ -158,7 +159,7 @@ int networkInfo_init() {
 }
 
 int networkInfo_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_network_info);
 }
 
 int networkInfo_get(const char *context, char *output, int length) {

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "core/bus.h"
 #include "core/json_path.h"
@@ -15,14 +16,17 @@ namespace {
 
 constexpr char WAN[] = "vrop.waninfo";
 
-// "first,second", or one server alone; the daemon may give none.
+// "first,second", or one server alone; the daemon may give none. Blanks around the second do not belong to
+// it.
 void split_dns(json_object *reply, char (&dns1)[16], char (&dns2)[16]) {
+    constexpr char BLANKS[] = " \t\r\n\v\f";
     const char *text = JsonGetStr(reply, "dns");
-    if (text == nullptr) return;
-    const char *comma = cut_dns(text) == 1 ? strchr(text, ',') : nullptr;
-    copy_text(dns1, text);
-    copy_text(dns2, comma != nullptr ? comma + 1 : "");
-    if (comma != nullptr && comma - text < static_cast<long>(sizeof(dns1))) dns1[comma - text] = '\0';
+    const size_t first = text == nullptr ? 0 : strcspn(text, ",");
+    if (first == 0) return;
+    copy_text(dns1, std::string(text, first).c_str());
+    std::string second = cut_dns(text) == 1 ? text + first + 1 : "";
+    second.erase(0, second.find_first_not_of(BLANKS));
+    copy_text(dns2, second.substr(0, second.find_first_of(BLANKS)).c_str());
 }
 
 // Sends the settings; the daemon's result. A refusal is logged in the writer's name.

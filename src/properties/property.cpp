@@ -80,7 +80,7 @@ int property_set(const Property &property, const SetCall &call, Apply apply, Log
     if (JsonGetObj(request.get(), property.name, &member) == 0 ||
         !json_object_is_type(member, property.request_type)) {
         perror("JsonGetObj");
-        LOG_AT(site, "%s", property.member_missing);
+        if (property.member_missing != nullptr) LOG_AT(site, "%s", property.member_missing);
         return -1;
     }
     std::lock_guard lock(*property.lock);
@@ -103,10 +103,11 @@ int property_get(const Property &property, const char *context, char *output, in
 }
 
 int property_post(const Property &property, LogSite site) {
-    std::lock_guard lock(*property.lock);
+    std::unique_lock lock(*property.lock);
     JsonRoot document = make_document(property, property.create_failed, site);
     const char *text = document ? document_text(document.get(), site) : nullptr;
     if (text == nullptr) return -1;
+    lock.unlock();
     LOG_AT(site, "outbuff:%s", text);
     TEBRA_SDK_PostProperty(text);
     return 0;
@@ -114,13 +115,14 @@ int property_post(const Property &property, LogSite site) {
 
 int property_report(const Property &property, LogSite site) {
     get_report_status();
-    std::lock_guard lock(*property.lock);
+    std::unique_lock lock(*property.lock);
     JsonRoot document = make_document(property, "create json obj fail", site);
     const char *whole = document ? document_text(document.get(), site) : nullptr;
     if (whole == nullptr) return -1;
     const std::string text(whole, strnlen(whole, property.report_size - 1));
     if (text == property.last_sent) return 0;
     copy_text(property.last_sent, property.last_sent_size, text.c_str());
+    lock.unlock();
     LOG_AT(site, "%s%s", property.changed, text.c_str());
     TEBRA_SDK_PostProperty(text.c_str());
     return 0;

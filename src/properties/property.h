@@ -3,8 +3,9 @@
 // document, copy it out or post it, compare with what was posted last. A module describes itself in one
 // Property and its slots call the functions below, which log in the slot's name.
 //
-// Threads: the SDK calls slots from several threads; each function holds the property's lock for its whole
-// run, so one operation of a module works at a time and its record needs no other care.
+// Threads: the SDK calls slots from several threads; each function holds the property's lock while it works,
+// so one operation of a module works at a time and its record needs no other care. The SDK itself is called
+// without the lock: it may hold one of its own while it calls a slot.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +19,7 @@ struct Property {
     const char *name;  // the member that holds the document and the request
     const char *start; // what the start lines call the module, joiner included: "wifiInfo "
     std::mutex *lock;
-    // Refreshes the record and adds the property to an empty document. 0, or -1 after having logged why.
+    // Refreshes the record and adds the property to an empty document. 0, or -1 when it cannot.
     int (*fill)(json_object *document);
 
     // Requests.
@@ -26,7 +27,7 @@ struct Property {
     const char *parse_tag = "JsonStrToken";
     const char *parse_failed = "JsonStr Token fail";
     bool parse_failed_shows_request = false;
-    const char *member_missing = "Json Get Obj fail";
+    const char *member_missing = "Json Get Obj fail"; // null: only the console says so
     const char *request_line =
         nullptr; // logged in front of the request's text, which is not logged when null
 

@@ -34,7 +34,7 @@ const Property PROPERTY = {
 };
 
 // 0, or -1 when the entry has no usable time frame.
-int read_entry(json_object *element, LedEntry *entry) {
+int read_time_led(json_object *element, LedEntry *entry) {
     const char *given =
         json_object_is_type(element, json_type_object) ? request_text(element, "timeFrame") : nullptr;
     if (given == nullptr) {
@@ -55,9 +55,9 @@ int read_entry(json_object *element, LedEntry *entry) {
 }
 
 // A bad entry fails the whole request and the list stays as it was.
-int apply(json_object *member, const char *) {
+int apply_time_led(json_object *member, const char *) {
     Schedule<LedEntry> request{};
-    if (read_schedule(member, &request, read_entry) != 0) return -1;
+    if (read_schedule(member, &request, read_time_led) != 0) return -1;
     timeLed_list = request;
     return set_timeLed_config();
 }
@@ -69,7 +69,18 @@ TimerTask make_task(const LedEntry &entry) {
     return task;
 }
 
-json_object *describe(json_object *task) {
+template <typename Write>
+int write_entry(const LedEntry *entry, Write write, LogSite site = LogSite::here()) {
+    if (entry == nullptr) {
+        LOG_AT(site, "param is NULL");
+        return -1;
+    }
+    const int result = write(make_task(*entry));
+    LOG_AT(site, "add timeLed %s", result == 0 ? "ok" : "fail"); // also of a change
+    return result;
+}
+
+json_object *describe_time_led(json_object *task) {
     char start[32] = "";
     char end[32] = "";
     timeStatmp_to_point(_json_get_int(task, "timeoffset"), start, sizeof(start));
@@ -84,7 +95,7 @@ int timeLed_init() {
 }
 
 int timeLed_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_time_led);
 }
 
 int timeLed_get(const char *context, char *output, int length) {
@@ -108,23 +119,11 @@ int set_one_timeLed(const LedEntry *entry) {
 }
 
 int add_one_timeLed(const LedEntry *entry) {
-    if (entry == nullptr) {
-        LOG("param is NULL");
-        return -1;
-    }
-    const int result = add_task(make_task(*entry));
-    LOG("add timeLed %s", result == 0 ? "ok" : "fail");
-    return result;
+    return write_entry(entry, add_task);
 }
 
 int modify_one_timeLed(const LedEntry *entry) {
-    if (entry == nullptr) {
-        LOG("param is NULL");
-        return -1;
-    }
-    const int result = modify_task(make_task(*entry), task_id);
-    LOG("add timeLed %s", result == 0 ? "ok" : "fail"); // as for adding
-    return result;
+    return write_entry(entry, [](const TimerTask &task) { return modify_task(task, task_id); });
 }
 
 int cut_timeLed_timeFrame(const char *frame, char (&start)[8], char (&end)[8]) {
@@ -139,7 +138,7 @@ int cut_timeLed_timeFrame(const char *frame, char (&start)[8], char (&end)[8]) {
 }
 
 int get_timeLed_config(json_object *document) {
-    return fill_schedule(document, "timeLed", ACTION, describe);
+    return fill_schedule(document, "timeLed", ACTION, describe_time_led);
 }
 
 json_object *get_timeLed_dayOfWeek_obj(const int32_t days[DAYS]) {

@@ -33,7 +33,7 @@ const Property PROPERTY = {
 };
 
 // What is no object leaves an entry that is not applied.
-int read_entry(json_object *element, RebootEntry *entry) {
+int read_time_reboot(json_object *element, RebootEntry *entry) {
     if (!json_object_is_type(element, json_type_object)) return 0;
     const char *time = request_text(element, "time");
     copy_text(entry->time, time != nullptr ? time : "3:00");
@@ -47,9 +47,9 @@ int read_entry(json_object *element, RebootEntry *entry) {
     return 0;
 }
 
-int apply(json_object *member, const char *) {
+int apply_time_reboot(json_object *member, const char *) {
     Schedule<RebootEntry> request{};
-    read_schedule(member, &request, read_entry);
+    read_schedule(member, &request, read_time_reboot);
     timeReboot_list = request;
     set_timeReboot_config();
     return 0;
@@ -79,7 +79,7 @@ int log_refusal(int result) {
     return result;
 }
 
-json_object *describe(json_object *task) {
+json_object *describe_time_reboot(json_object *task) {
     LOG("week:0x%X\n", static_cast<unsigned>(_json_get_int(task, "week")));
     const int32_t offset = _json_get_int(task, "timeoffset");
     LOG("timeoffset:%d", offset);
@@ -95,7 +95,7 @@ int timeReboot_init() {
 }
 
 int timeReboot_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_time_reboot);
 }
 
 int timeReboot_get(const char *context, char *output, int length) {
@@ -129,7 +129,7 @@ int modify_one_timeReboot(const RebootEntry *entry) {
 }
 
 int get_timeReboot_config(json_object *document) {
-    return fill_schedule(document, "timeReboot", ACTION, describe);
+    return fill_schedule(document, "timeReboot", ACTION, describe_time_reboot);
 }
 
 json_object *get_timeReboot_dayOfWeek_obj(const int32_t days[DAYS]) {

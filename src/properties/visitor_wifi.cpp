@@ -27,7 +27,7 @@ std::mutex visitor_lock;
 char last_sent[4096];
 
 int32_t has_password(const char *authmode) {
-    return strcmp(authmode, "NONE") != 0 ? 1 : 0;
+    return authmode != nullptr && strcmp(authmode, "NONE") == 0 ? 0 : 1;
 }
 
 constexpr Field FIELDS[] = {
@@ -49,7 +49,7 @@ constexpr Fields MAIN_ROW = ROWS.subspan(0, 1);
 constexpr Fields RADIO_ROWS[] = {ROWS.subspan(1, 4), ROWS.subspan(5, 4)};
 constexpr Fields DURATION_ROW = ROWS.subspan(9, 1);
 
-int fill(json_object *document) {
+int fill_visitor_wifi(json_object *document) {
     get_visitorWifi_config(&visitor_wifi);
     return write_document(FIELDS, &visitor_wifi, document, "visitorsWifi");
 }
@@ -58,7 +58,7 @@ const Property PROPERTY = {
     .name = "visitorsWifi",
     .start = "visitorWifi ",
     .lock = &visitor_lock,
-    .fill = fill,
+    .fill = fill_visitor_wifi,
     .request_line = "msg:",
     .changed = "visitorWifi have change buf:",
     .report_size = 1024,
@@ -66,7 +66,7 @@ const Property PROPERTY = {
     .last_sent_size = sizeof(last_sent),
 };
 
-int apply(json_object *member, const char *context) {
+int apply_visitor_wifi(json_object *member, const char *context) {
     VisitorWifi request{};
     read_request(FIELDS, member, &request);
     announce_restart(context, RESTART_SECONDS);
@@ -79,17 +79,8 @@ int apply(json_object *member, const char *context) {
 }
 
 int set_guest(int radio, int open, const char *name, int open_pwd, const char *pwd) {
-    BusMessage message;
-    message.integer("index", GUEST_INDEX)
-        .integer("enable", open)
-        .integer("hide", open == 0 ? 1 : 0)
-        .text("ssid", name);
-    if (open_pwd == 0)
-        message.text("authmode", "NONE");
-    else
-        message.text("authmode", "WPA2-PSK").text("key", pwd);
-    message.integer("noteffectflag", 1);
-    return set_dev_info(radio_access_points(radio), "set", message);
+    if (open_pwd == 0) return set_guest_network(radio, {open, name, "NONE", nullptr});
+    return set_guest_network(radio, {open, name, "WPA2-PSK", pwd});
 }
 
 } // namespace
@@ -99,7 +90,7 @@ int visitorWifi_init() {
 }
 
 int visitorWifi_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_visitor_wifi);
 }
 
 int visitorWifi_get(const char *context, char *output, int length) {
@@ -129,9 +120,10 @@ int get_dual() {
 }
 
 int get_visitor_control(VisitorWifi *visitor) {
+    if (visitor == nullptr) return -1;
     JsonRoot root;
     json_object *control = get_dev_info(CONTROL, "get", &root);
-    if (visitor == nullptr || control == nullptr) return -1;
+    if (control == nullptr) return -1;
     read_daemon(DURATION_ROW, control, visitor);
     read_daemon(MAIN_ROW, control, visitor);
     return 0;
@@ -139,7 +131,7 @@ int get_visitor_control(VisitorWifi *visitor) {
 
 int set_visitorwifi_config(VisitorWifi *request) {
     const int current = get_dual();
-    if (request->main_open == -1) {
+    if (request == nullptr || request->main_open == -1) {
         LOG("APP send data is error");
         return -1;
     }

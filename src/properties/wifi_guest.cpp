@@ -22,18 +22,22 @@ bool is_continuation(char byte) {
 int set_guest_name(int radio, const char *ssid) {
     GuestAccess access{};
     if (get_wifi_vistor_enable(radio, &access) != 0) return -1;
-    BusMessage message;
-    message.integer("index", GUEST_INDEX)
-        .integer("enable", access.enable)
-        .integer("hide", access.enable == 0 ? 1 : 0)
-        .text("ssid", ssid)
-        .text("authmode", access.authmode)
-        .text("key", access.key)
-        .integer("noteffectflag", 1);
-    return set_dev_info(radio_access_points(radio), "set", message);
+    return set_guest_network(radio, {access.enable, ssid, access.authmode, access.key});
 }
 
 } // namespace
+
+int set_guest_network(int radio, const GuestNetwork &guest) {
+    BusMessage message;
+    message.integer("index", GUEST_INDEX)
+        .integer("enable", guest.enable)
+        .integer("hide", guest.enable == 0 ? 1 : 0)
+        .text("ssid", guest.ssid)
+        .text("authmode", guest.authmode);
+    if (guest.key != nullptr) message.text("key", guest.key);
+    message.integer("noteffectflag", 1);
+    return set_dev_info(radio_access_points(radio), "set", message);
+}
 
 json_object *get_guest_network(int radio, JsonRoot *root) {
     const char *object = radio_access_points(radio);
@@ -44,9 +48,10 @@ json_object *get_guest_network(int radio, JsonRoot *root) {
 }
 
 int get_wifi_vistor_enable(int radio, GuestAccess *access) {
+    if (access == nullptr) return -1;
     JsonRoot root;
     json_object *guest = get_guest_network(radio, &root);
-    if (access == nullptr || guest == nullptr) return -1;
+    if (guest == nullptr) return -1;
     access->enable = _json_get_int(guest, "enable");
     copy_text(access->authmode, _json_get_str(guest, "authmode"));
     copy_text(access->key, _json_get_str(guest, "key"));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Guest networks whose name was made from the main network's follow it when that is renamed. Any thread.
+// The guest networks, and how those whose name was made from the main network's follow it when that is
+// renamed. Any thread.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +11,15 @@
 
 // The daemon's record of a radio's guest network, borrowed from root; null for another radio or no answer.
 json_object *get_guest_network(int radio, JsonRoot *root);
+
+// Writes a radio's guest network, hidden while it is off. The daemon's result; -1 for another radio.
+struct GuestNetwork {
+    int enable;
+    const char *ssid;
+    const char *authmode;
+    const char *key; // null: not written
+};
+int set_guest_network(int radio, const GuestNetwork &guest);
 
 struct GuestAccess {
     int enable;

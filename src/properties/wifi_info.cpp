@@ -43,7 +43,7 @@ constexpr Field FIELDS[] = {
 };
 constexpr size_t MERGED_ROWS = 2;
 
-int fill(json_object *document) {
+int fill_wifi_info(json_object *document) {
     get_wifi_config(&wifi_record);
     const Fields rows(FIELDS);
     return write_document(wifi_record.sames_open != 0 ? rows : rows.subspan(MERGED_ROWS), &wifi_record,
@@ -54,14 +54,15 @@ const Property PROPERTY = {
     .name = "wifiInfo",
     .start = "wifiInfo ",
     .lock = &wifi_lock,
-    .fill = fill,
+    .fill = fill_wifi_info,
+    .member_missing = nullptr,
     .changed = "wifiInfo have change buf:",
     .report_size = 2048,
     .last_sent = last_sent,
     .last_sent_size = sizeof(last_sent),
 };
 
-int apply(json_object *member, const char *context) {
+int apply_wifi_info(json_object *member, const char *context) {
     copy_text(interface_name, context);
     WifiRecord request{};
     read_request(FIELDS, member, &request);
@@ -77,7 +78,7 @@ int wifiInfo_init() {
 }
 
 int wifiInfo_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY, {context, value, reply, reply_length}, apply);
+    return property_set(PROPERTY, {context, value, reply, reply_length}, apply_wifi_info);
 }
 
 int wifiInfo_get(const char *context, char *output, int length) {

@@ -31,7 +31,7 @@ struct Radio {
 Radio radios[] = {{.name = "wifi2gSeniorInfo"}, {.name = "wifi5gSeniorInfo"}};
 
 template <int R>
-int fill(json_object *document) {
+int fill_wifi_senior(json_object *document) {
     wifi_senior_config_get(R, &radios[R].record);
     return write_document(DOCUMENT_ROWS, &radios[R].record, document, radios[R].name);
 }
@@ -41,7 +41,7 @@ const Property PROPERTY = {
     .name = R == RADIO_2G ? "wifi2gSeniorInfo" : "wifi5gSeniorInfo",
     .start = R == RADIO_2G ? "wifi2g_senior_config " : "wifi5g_senior_config ",
     .lock = &radios[R].lock,
-    .fill = fill<R>,
+    .fill = fill_wifi_senior<R>,
     .parse_failed = "JsonStr Token fail msg:",
     .parse_failed_shows_request = true,
     .request_line = "msg: ",
@@ -53,7 +53,7 @@ const Property PROPERTY = {
 };
 
 template <int R>
-int apply(json_object *member, const char *) {
+int apply_wifi_senior(json_object *member, const char *) {
     WifiSenior request{};
     read_request(DOCUMENT_ROWS, member, &request);
     if (R == RADIO_5G)
@@ -91,10 +91,12 @@ int wifi5g_senior_config_init() {
 }
 
 int wifi2g_senior_config_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY<RADIO_2G>, {context, value, reply, reply_length}, apply<RADIO_2G>);
+    return property_set(PROPERTY<RADIO_2G>, {context, value, reply, reply_length},
+                        apply_wifi_senior<RADIO_2G>);
 }
 int wifi5g_senior_config_set(const char *context, const char *value, char *reply, int reply_length) {
-    return property_set(PROPERTY<RADIO_5G>, {context, value, reply, reply_length}, apply<RADIO_5G>);
+    return property_set(PROPERTY<RADIO_5G>, {context, value, reply, reply_length},
+                        apply_wifi_senior<RADIO_5G>);
 }
 
 int wifi2g_senior_config_get(const char *context, char *output, int length) {

@@ -44,7 +44,7 @@ TEST(Reading, DeviceInfo) {
         {"deviceInfo", "/vrop.ftinfo/hdversion", R"("H3")", R"("hdVersion":"H3")"},
         {"deviceInfo", "/vrop.ftinfo/ihdversion", "", R"("hdVersion":"H3")"},
         {"deviceInfo", "/vrop.ftinfo/province", R"("330100")", R"("areaCode":"330100")"},
-        {"deviceInfo", "/vrop.ftinfo/province", "", R"("areaCode":"")"},
+        {"deviceInfo", "/vrop.ftinfo/province", "", R"("areaCode":"330100")"},
         {"deviceInfo", "/vrop.ftinfo/odmvendor", "", R"("manufacturer":"RVXA")"},
         {"deviceInfo", "/vrop.ftinfo/model", "", R"("deviceModel":"AX3000")"}, // once read, it stays
         {"deviceInfo", "/vrop.ftinfo/vrei", R"("86")",

@@ -169,9 +169,10 @@ def client_announced(rig, watch):
     return watch.wait("event/deviceConnet .*a0b1c2000077", limit=60).split("  ")[-1]
 
 
-def reported_progress(rig):
-    """The progress values that the device has reported over HTTPS, each once, in order."""
-    values = [json.loads(request["body"])["progress"] for request in rig.requests("upgrade-progress")]
+def reports(rig):
+    """The versions and progress values that the device has reported over HTTPS, each once, in order."""
+    bodies = [json.loads(request["body"]) for request in rig.requests("upgrade-progress")]
+    values = [(body["newVersion"], body["progress"]) for body in bodies]
     return [value for at, value in enumerate(values) if at == 0 or values[at - 1] != value]
 
 
@@ -181,8 +182,8 @@ def upgrade_over_https(rig, watch):
     rig.control("firmware", image, "V1.1.0", "1")
     rig.local_event({"action": "updatesettime", "otaCheckInterval": 1, "minInterval": 60, "maxInterval": 3600})
     rig.restart_into("V1.1.0")
-    wait_until("the report after the restart", lambda: reported_progress(rig)[-1:] == [120])
-    expect("the progress", reported_progress(rig), [50, 120])
+    wait_until("the report after the restart", lambda: reports(rig)[-1:] == [("V1.1.0", 120)])
+    expect("the reports", reports(rig), [("V1.1.0", 50), ("V1.1.0", 120)])
     expect("the version", rig.get("deviceInfo")["fwVersion"], "V1.1.0")
 
 
@@ -192,13 +193,12 @@ def upgrade_through_sdk(rig, watch):
     rig.control("firmware", image, "V1.2.0", "1")
     upgrade = rig.start("upgrade", rig.cloud_command("upgrade", f"{rigs.CLOUD_URL}/firmware/{image.name}", digest,
                                                      "V1.2.0", "1"))
-    progress = [watch.wait("progress").split("  ")[-1] for _ in range(4)]
+    expect("the progress", [json.loads(watch.wait("  progress  ").split("  ")[-1])["progress"] for _ in range(4)],
+           [10, 60, 80, 100])
     watch.wait("event/deviceUpgrade .*upgrade ok")
     upgrade.wait(rigs.LIMIT)
     rig.restart_into("V1.2.0")
-    wait_until("the report after the restart", lambda: [json.loads(request["body"]).get("newVersion")
-               for request in rig.requests("upgrade-progress")][-1:] == ["V1.2.0"])
-    return ", ".join(progress)
+    wait_until("the report after the restart", lambda: reports(rig)[-1:] == [("V1.2.0", 120)])
 
 
 def play(rig):

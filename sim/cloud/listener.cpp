@@ -16,6 +16,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+constexpr std::chrono::seconds REOPEN_LIMIT(5);
+
 // The threads take no signals: those of the process are its owner's, and SIGPIPE is of no use to anybody.
 class BlockedSignals {
   public:
@@ -61,6 +63,8 @@ Listener::~Listener() {
 }
 
 int Listener::listen_tcp(const std::string &host, int port) {
+    if (port < 0 || port > UINT16_MAX)
+        throw std::runtime_error("there is no port " + std::to_string(port) + "; 65535 is the last");
     auto *address = reinterpret_cast<sockaddr_in *>(&address_);
     address->sin_family = AF_INET;
     address->sin_port = htons(static_cast<std::uint16_t>(port));
@@ -106,7 +110,8 @@ void Listener::set_listening(bool listening, milliseconds time) {
     resume_.reset();
     if (!listening && time.count() > 0) resume_ = steady_clock::now() + time;
     wake();
-    changed_.wait(lock, [&] { return listening_ == wished_ || stopping_; });
+    if (!changed_.wait_for(lock, REOPEN_LIMIT, [&] { return listening_ == wished_ || stopping_; }))
+        throw std::runtime_error("cannot listen again: another program has taken the address");
 }
 
 void Listener::wake() const {

@@ -26,7 +26,8 @@ class Listener {
     void listen_unix(const std::string &path);         // mode 0600; a socket left there is replaced
 
     // Any thread. Done when it returns: false closes the listening socket, true opens it at the same address.
-    // With a time, false turns true by itself after it. Connections that stand are left alone.
+    // With a time, false turns true by itself after it. Connections that stand are left alone. Throws
+    // std::runtime_error when the address cannot be had back.
     void set_listening(bool listening, std::chrono::milliseconds time = {});
 
   private:

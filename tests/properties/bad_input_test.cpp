@@ -46,7 +46,8 @@ TEST(BadInput, BrokenRequestsChangeNothing) {
     }
 }
 
-TEST(BadInput, ArgumentsThatAreMissingAreRefusedBeforeAnythingElse) {
+TEST(BadInput, ArgumentsThatAreMissingAreRefusedAndLongOnesFitTheEvent) {
+    int events = 0;
     for (const property_row *row : rows_with(&property_row::set)) {
         SCOPED_TRACE(row->name);
         PropertyRig rig(WITH_TASKS);
@@ -60,7 +61,11 @@ TEST(BadInput, ArgumentsThatAreMissingAreRefusedBeforeAnythingElse) {
         EXPECT_EQ(row->set("wan0", good.c_str(), reply, -1), -1);
         EXPECT_TRUE(has_logged("param is NULL"));
         EXPECT_THAT(rig.take(), IsEmpty());
+        EXPECT_EQ(set(row->name, good, std::string(300, 'i').c_str()), 0);
+        const std::string last = rig.take().back();
+        events += last.starts_with("{") && last.size() == 127;
     }
+    EXPECT_EQ(events, 4);
 }
 
 // Members of other types, all at once and one by one. One alone may leave a request that can be applied.

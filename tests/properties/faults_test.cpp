@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "properties/property_rig.h"
+#include "sim/router/faults.h"
 
 namespace {
 
@@ -23,22 +24,12 @@ Texts names_of(const Texts &calls) {
     return names;
 }
 
-std::string title(const std::string &property, const std::string &call, const Fault &fault) {
-    return property + ", " + call + ", fault " + std::to_string(static_cast<int>(fault.kind)) + fault.reply;
-}
-
 // Refused, no data; answered without the member, with an empty one, with one of another type.
-std::vector<Fault> faults_for(const std::string &call) {
-    const size_t blank = call.find(' ');
-    const std::string object = call.substr(0, blank), method = call.substr(blank + 1);
-    std::vector<Fault> faults = {{.kind = Fault::Kind::Result, .value = 2},
-                                 {.kind = Fault::Kind::Status, .value = 7}};
-    const std::string empty = R"({"result":0,")" + object + R"(":{}})";
-    for (const std::string &reply : {std::string("{}"), empty, R"({"result":[],")" + object + R"(":"text"})"})
-        faults.push_back({.kind = Fault::Kind::Reply, .reply = reply});
-    for (Fault &fault : faults)
-        fault.object = object, fault.method = method;
-    return faults;
+Texts faults_for(const std::string &call) {
+    const std::string object = call.substr(0, call.find(' '));
+    return {"result=2 " + call, "status=7 " + call, "reply={} " + call,
+            R"(reply={"result":0,")" + object + R"(":{}} )" + call,
+            R"(reply={"result":[],")" + object + R"(":"text"} )" + call};
 }
 
 struct Outcome {
@@ -102,8 +93,9 @@ const std::vector<Operation> &operations() {
 
 void spoil(const Operation &operation, const std::string &request, const std::string &call,
            const Texts &good) {
-    for (const Fault &fault : faults_for(call)) {
-        SCOPED_TRACE(title(operation.property, call, fault));
+    for (const std::string &text : faults_for(call)) {
+        SCOPED_TRACE(text);
+        const Fault fault = router::parse_fault(text);
         // of what a write answers only a "result" that is not 0 counts
         const bool reads = fault.method.starts_with("get") || fault.method == "list";
         const auto found = operation.spoilt.find(call);
@@ -148,8 +140,9 @@ TEST(SpoiltCalls, OfGets) {
         PropertyRig rig;
         const std::string good = get(name);
         for (const std::string &call : names_of(rig.calls())) {
-            for (const Fault &fault : faults_for(call)) {
-                SCOPED_TRACE(title(name, call, fault));
+            for (const std::string &text : faults_for(call)) {
+                SCOPED_TRACE(name + ", " + text);
+                const Fault fault = router::parse_fault(text);
                 rig.router.add_fault(fault);
                 const std::string document = get(name);
                 rig.router.clear_faults();

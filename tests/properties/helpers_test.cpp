@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The functions behind the properties that need no daemon, and the ones that refuse what they are given.
-#include <cstring>
+#include <string>
 
 #include <gmock/gmock.h>
 
@@ -33,10 +33,6 @@ TEST(Helpers, EncryptionCodes) {
         EXPECT_STREQ(text, TEXTS[known]);
         EXPECT_EQ(get_report_encrytion(text), known);
     }
-    for (const char *unknown : {"", "wpa2-psk", "WPA2-PSK ", "SAE"})
-        EXPECT_EQ(get_report_encrytion(unknown), 3) << unknown;
-    get_set_encrytion(3, text, 4);
-    EXPECT_STREQ(text, "WPA");
 }
 
 // Names of every length to 32 bytes whose end is made of characters of 1 to 4 bytes.
@@ -57,55 +53,6 @@ TEST(Helpers, GuestNamesAreCutBetweenCharacters) {
         }
     }
     EXPECT_EQ(get_vistor_cut_ssid(std::string(32, '\x80').c_str()), 26) << "no UTF-8, no character";
-}
-
-TEST(Helpers, WeekBits) {
-    struct Week {
-        int32_t days[DAYS], week;
-        bool reads_back;
-    };
-    for (const Week &c : {Week{{1, 1, 1, 1, 1, 0, 0}, 0x3E, true}, Week{{0, 0, 0, 0, 0, 0, 1}, 0x01, true},
-                          Week{{0, 0, 0, 0, 0, 1, 1}, 0x41, true}, Week{{2, 0, 0, 0, 0, 0, 0}, 0x04, false},
-                          Week{{-1, 0, 0, 0, 0, 0, 0}, 0xFE, false},
-                          Week{{0, 0, 0, 0, 0, INT32_MAX, INT32_MIN}, 0xC0, false}}) {
-        EXPECT_EQ(week_from_days(c.days), c.week);
-        int32_t days[DAYS];
-        days_from_week(c.week, days);
-        EXPECT_EQ(memcmp(days, c.days, sizeof days) == 0, c.reads_back) << c.week;
-    }
-}
-
-TEST(Helpers, TimesOfDay) {
-    char text[16] = "";
-    int32_t seconds = 0;
-    for (const char *time : {"03:00", "23:59", "07:05", "00:00"}) {
-        EXPECT_EQ(get_timeStamp(time, &seconds), 0);
-        EXPECT_EQ(timeStatmp_to_point(seconds, text, sizeof text), 0);
-        EXPECT_STREQ(text, time);
-    }
-    EXPECT_EQ(get_timeStamp("7:05", &seconds), 0);
-    for (const char *none : {"123:4", "x", "12", "", static_cast<const char *>(nullptr)})
-        EXPECT_EQ(get_timeStamp(none, &seconds), -1);
-    EXPECT_EQ(seconds, 25500) << "what cannot be read leaves it";
-    EXPECT_EQ(timeStatmp_to_point(86340, text, 4), 0);
-    EXPECT_STREQ(text, "23:");
-}
-
-TEST(Helpers, TimeFrames) {
-    char start[8] = "", end[8] = "";
-    const char *const FRAMES[][3] = {{"22:30-06:00", "22:30", "06:00"},
-                                     {"-", "", ""},
-                                     {"1-2-3", "1", "2-3"},
-                                     {"123456789-123456789", "1234567", "1234567"}};
-    for (const auto &[text, first, last] : FRAMES) {
-        EXPECT_EQ(cut_timeLed_timeFrame(text, start, end), 0);
-        EXPECT_STREQ(start, first);
-        EXPECT_STREQ(end, last);
-    }
-    for (const char *none : {"22:30", "0123456789012345678901234567890-1"})
-        EXPECT_EQ(cut_timeLed_timeFrame(none, start, end), -1);
-    EXPECT_EQ(cut_dns("1.1.1.1,2.2.2.2"), 1);
-    EXPECT_EQ(cut_dns("1.1.1.1"), 0);
 }
 
 // No bus here: what is refused is refused before anything is called.

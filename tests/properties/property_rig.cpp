@@ -2,35 +2,16 @@
 #include "properties/property_rig.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <stdexcept>
-#include <sys/socket.h>
 
-#include "cloud/event_client.h"
 #include "cloud/global_config.h"
 #include "core/registration.h"
 #include "core/text.h"
 #include "properties/schedule.h"
 
-namespace {
-
-Descriptor open_relay_port() {
-    Descriptor opened(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0));
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(EVENT_PORT);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (bind(opened.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
-        throw std::runtime_error("the relay's port is taken");
-    return opened;
-}
-
-} // namespace
-
-PropertyRig::PropertyRig(const std::string &patch) : RouterRig(patch), relay(open_relay_port()) {
+PropertyRig::PropertyRig(const std::string &patch) : RouterRig(patch) {
     copy_text(global_config.mac, "A1:B2:C3:D4:E5:F6");
     app_waitTime = 30;
-    creat_event_client();
     for (const property_row *row : rows_with(&property_row::init))
         row->init();
     forget();
@@ -59,11 +40,8 @@ Texts PropertyRig::writes() const {
 Texts PropertyRig::take() {
     Texts texts = calls();
     router.clear_calls();
-    char datagram[EVENT_MAX + 1] = {};
-    for (ssize_t n; (n = recv(relay.get(), datagram, EVENT_MAX, 0)) >= 0;) {
-        datagram[n] = '\0';
-        texts.push_back(std::to_string(n) + " " + datagram);
-    }
+    const Texts events = relay.take();
+    texts.insert(texts.end(), events.begin(), events.end());
     return texts;
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cloud/tables.h"
-#include "core/handles.h"
+#include "https/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"
 #include "support/router_rig.h"
@@ -23,13 +23,13 @@ class PropertyRig : public RouterRig {
     // The calls since the last forget() or take(), as "object method arguments"; those that change something.
     Texts calls() const;
     Texts writes() const;
-    // The calls, and then the datagrams that the relay would have got, each with its size: "128 {...}".
+    // The calls, and then the events that the relay would have got.
     Texts take();
     // Forgets calls, datagrams, posts and pauses, and what the log says.
     void forget();
 
   private:
-    Descriptor relay;
+    EventCatcher relay{128};
 };
 
 // A patch that gives both schedules an entry, so that their documents have members.

@@ -74,8 +74,6 @@ TEST(Reading, Settings) {
         {"networkProtocol", "/vrop.waninfo/protocoltype", R"("IPv4/IPv6")", R"({"type":0})"},
         {"networkProtocol", "/vrop.waninfo/protocoltype", R"("IPv4")", R"({"type":1})"},
         {"networkProtocol", "/vrop.waninfo/protocoltype", R"("IPX")", R"({"type":0})"},
-        {"networkInfo", "/vrop.waninfo/networktype", R"("PPPoE")",
-         R"({"userName":"home@isp","userPwd":"isp-password","mtu":1492,"dnsEnable":false,"dns1":"198.51.100.53","dns2":"198.51.100.54"})"},
         {"networkInfo", "/vrop.waninfo/dns", R"("9.9.9.9")", R"("dns1":"9.9.9.9","dns2":""})"},
         {"networkInfo", "/vrop.waninfo/workmode", R"("APCLIENT")",
          R"("relay":{"manualWifiName":"","manualWifiPwd":"","manualEncrytion":0,"sync":0,"relaySignal":0}}}})"},

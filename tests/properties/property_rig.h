@@ -52,5 +52,5 @@ const property_row &row(const std::string &name);
 int set(const std::string &name, const std::string &request, const char *context = "wan0");
 std::string get(const std::string &name);
 
-// JSON again without blanks and escaped slashes; "" when it is none.
+// JSON again without blanks and escaped slashes.
 std::string compact(const std::string &json);

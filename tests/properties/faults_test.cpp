@@ -134,11 +134,12 @@ TEST(SpoiltCalls, OfGets) {
     const Texts keeping = {"deviceInfo", "deviceStatus", "networkInfo", "visitorsWifi", "mesh"};
     for (const property_row *row : rows_with(&property_row::get)) {
         const std::string name = row->name;
+        SCOPED_TRACE(name);
         PropertyRig rig;
         const std::string good = get(name);
         for (const std::string &call : names_of(rig.calls())) {
             for (const std::string &text : faults_for(call)) {
-                SCOPED_TRACE(name + ", " + text);
+                SCOPED_TRACE(text);
                 const Fault fault = router::parse_fault(text);
                 rig.router.add_fault(fault);
                 const std::string document = get(name);
@@ -162,6 +163,7 @@ TEST(SpoiltCalls, OfGets) {
 TEST(FreshAgent, AnswersGetsWithoutADaemon) {
     // clang-format off
     const Texts documents = {
+        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
         R"({"deviceInfo":{"productId":"Tq83mZc1wk","sn":"","deviceModel":"","fwVersion":"","outFwVersion":"","hdVersion":"",)"
         R"("manufacturer":"","mac":"","areaCode":"","imei":"","ip":"","onlineTime":0}})",
         "-1", // ledStatus

@@ -6,46 +6,51 @@
 #include <string>
 #include <vector>
 
-#include "core/handles.h"
+#include "cloud/tables.h"
+#include "https/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"
 #include "support/router_rig.h"
-#include "tebra_sdk.h"
-
-class PropertyRig : public RouterRig {
-  public:
-    // Runs every init slot and forgets all calls, posts and pauses so far.
-    PropertyRig();
-    ~PropertyRig();
-
-    // All calls since the last forget(), as "object method arguments"; those that change something.
-    std::vector<std::string> calls() const;
-    std::vector<std::string> writes() const;
-    // The datagrams that the relay would have got, each with its size: "128 {...}".
-    std::vector<std::string> events();
-    // Forgets calls, posts and pauses.
-    void forget();
-
-  private:
-    Descriptor relay;
-};
 
 using Texts = std::vector<std::string>;
 
+class PropertyRig : public RouterRig {
+  public:
+    // Starts the router from a merge patch of its home, runs every init slot, and forgets what came so far.
+    explicit PropertyRig(const std::string &patch = {});
+    ~PropertyRig();
+
+    // The calls since the last forget() or take(), as "object method arguments"; those that change something.
+    Texts calls() const;
+    Texts writes() const;
+    // The calls, and then the events that the relay would have got.
+    Texts take();
+    // Forgets calls, datagrams, posts and pauses, and what the log says.
+    void forget();
+
+  private:
+    EventCatcher relay{128};
+};
+
+// A patch that gives both schedules an entry, so that their documents have members.
+inline constexpr char WITH_TASKS[] =
+    R"({"vrop.timer":[{"action":"ToReboot","taskid":1,"timeoffset":60,"enable":1,"week":3},)"
+    R"({"action":"ToLedMode","taskid":2,"timeoffset":60,"timeoffset2":90,"enable":1,"week":3}]})";
+
+// The rows of the property table that have something in a slot.
+template <class Slot>
+std::vector<const property_row *> rows_with(Slot property_row::*slot) {
+    std::vector<const property_row *> found;
+    for (const property_row &row : property_map)
+        if (row.*slot != nullptr) found.push_back(&row);
+    return found;
+}
 const property_row &row(const std::string &name);
-// The rows that have a slot.
-std::vector<const property_row *> rows_with_set();
-std::vector<const property_row *> rows_with_get();
 
 // Calls the slots with the context "wan0" and usual buffers. A set returns when what it started has ended; a
 // get gives the document, compact, "-1" when it was refused.
 int set(const std::string &name, const std::string &request, const char *context = "wan0");
 std::string get(const std::string &name);
 
-// The texts of the property documents posted so far, compact.
-Texts posts();
-
-// JSON again without blanks and escaped slashes; "" when it is none.
+// JSON again without blanks and escaped slashes.
 std::string compact(const std::string &json);
-JsonRoot parsed(const std::string &json);
-bool same_json(const std::string &one, const std::string &other);

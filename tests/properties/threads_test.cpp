@@ -10,45 +10,33 @@
 
 namespace {
 
+constexpr char EVENT[] = R"({"action":"deviceConnect","mac":"A1:B2:C3:D4:E5:F6","devName":"phone","time":1})";
+
 // Without the time of the last change, which each set moves.
 std::string steady(const std::string &document) {
     return document.substr(0, document.find("\"openTime\""));
 }
 
-constexpr int THREADS = 3; // per slot
-constexpr int ROUNDS = 10;
-
-void each_round(const std::function<void()> &call) {
-    for (int i = 0; i < ROUNDS; ++i)
-        call();
-}
-
-constexpr char EVENT[] = R"({"action":"deviceConnect","mac":"A1:B2:C3:D4:E5:F6","devName":"phone","time":1})";
-
 TEST(Threads, AllSlotsOfOnePropertyAndTheRelayAtOnce) {
-    for (const property_row *row : rows_with_get()) {
+    for (const property_row *row : rows_with(&property_row::get)) {
         SCOPED_TRACE(row->name);
         PropertyRig rig;
         const std::string document = get(row->name);
+        char reply[8];
+        const std::function<void()> calls[] = {
+            [&] { EXPECT_EQ(steady(get(row->name)), steady(document)); },
+            [&] { EXPECT_EQ(row->set ? row->set("wan0", document.c_str(), reply, sizeof reply) : 0, 0); },
+            [&] { EXPECT_EQ(row->report ? row->report() : 0, 0); },
+            [&] { EXPECT_EQ(row->connectok_hook ? row->connectok_hook() : 0, 0); },
+            [&] { EXPECT_EQ(handle_qvtk_event(EVENT, sizeof EVENT), 0); },
+        };
         std::vector<std::jthread> threads;
-        for (int i = 0; i < THREADS; ++i) {
-            threads.emplace_back(
-                [&] { each_round([&] { EXPECT_EQ(steady(get(row->name)), steady(document)); }); });
-            if (row->set != nullptr) {
+        for (int copies = 0; copies < 3; ++copies)
+            for (const auto &call : calls)
                 threads.emplace_back([&] {
-                    each_round([&] {
-                        char reply[8];
-                        EXPECT_EQ(row->set("wan0", document.c_str(), reply, sizeof reply), 0);
-                    });
+                    for (int round = 0; round < 10; ++round)
+                        call();
                 });
-            }
-            if (row->report != nullptr)
-                threads.emplace_back([&] { each_round([&] { EXPECT_EQ(row->report(), 0); }); });
-            if (row->connectok_hook != nullptr)
-                threads.emplace_back([&] { each_round([&] { EXPECT_EQ(row->connectok_hook(), 0); }); });
-        }
-        threads.emplace_back(
-            [] { each_round([] { EXPECT_EQ(handle_qvtk_event(EVENT, sizeof EVENT), 0); }); });
     }
     EXPECT_TRUE(recording_sdk::wait_for("TEBRA_SDK_PostEvent"));
 }

@@ -1,44 +1,92 @@
 // SPDX-License-Identifier: Apache-2.0
-// A client of the bus that calls as any program of the device would, and a router to call.
+// A client of the bus that calls as any program of the device would, and the steps of a table.
 #pragma once
 
-#include <cstdint>
+#include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <libubus.h>
+#undef fallthrough
+extern "C" {
+#include <libubox/blobmsg_json.h>
+}
+
 #include "sim/router/router.h"
 
-struct ubus_context;
+inline constexpr char DONE[] = R"({"result":"0"})";
+
+// "object method {arguments}"; the arguments may be left out.
+struct CallLine {
+    explicit CallLine(const std::string &line) {
+        std::istringstream words(line);
+        std::getline(words >> object >> method >> std::ws, arguments);
+        if (arguments.empty()) arguments = "{}";
+    }
+    std::string object, method, arguments;
+};
 
 class BusCaller {
   public:
-    explicit BusCaller(const char *socket = router::DEFAULT_SOCKET); // connected() tells whether it worked
-    ~BusCaller();
+    explicit BusCaller(const char *socket = router::DEFAULT_SOCKET) : context(ubus_connect(socket)) {}
+    ~BusCaller() { ubus_free(context); }
     BusCaller(const BusCaller &) = delete;
     BusCaller &operator=(const BusCaller &) = delete;
 
-    bool connected() const { return context != nullptr; }
     // The id of an object; 0 when the bus does not know it.
-    uint32_t id(const std::string &object);
+    uint32_t id(const std::string &object) {
+        uint32_t id = 0;
+        status = ubus_lookup_id(context, object.c_str(), &id);
+        return status == 0 ? id : 0;
+    }
     // The reply as JSON text; "" without one. `status` is the call's status then.
-    std::string call(const std::string &object, const std::string &method,
-                     const std::string &arguments = "{}");
-    // One member of the reply, by JSON pointer, as JSON text.
-    std::string call_for(const std::string &object, const std::string &method, const std::string &pointer,
-                         const std::string &arguments = "{}");
+    std::string call(const std::string &line, int limit_millis = 5000) {
+        const CallLine words(line);
+        const uint32_t target = id(words.object);
+        std::string reply;
+        if (target == 0) return reply;
+        blob_buf buffer{};
+        blob_buf_init(&buffer, 0);
+        EXPECT_TRUE(blobmsg_add_json_from_string(&buffer, words.arguments.c_str())) << line;
+        status = ubus_invoke(context, target, words.method.c_str(), buffer.head, keep, &reply, limit_millis);
+        blob_buf_free(&buffer);
+        return reply;
+    }
 
     int status = 0;
-    int limit_millis = 5000;
 
   private:
+    static void keep(ubus_request *request, int, blob_attr *message) {
+        char *text = blobmsg_format_json(message, true);
+        *static_cast<std::string *>(request->priv) = text;
+        free(text);
+    }
+
     ubus_context *context;
 };
 
-// What stands at a JSON pointer of a text, as JSON text; "" when nothing does.
-std::string at(const std::string &json, const std::string &pointer);
+// A call without the bus, and so without faults.
+inline std::string call(router::Router &router, const std::string &line) {
+    const CallLine words(line);
+    return router.call(words.object, words.method, words.arguments);
+}
 
-struct Home {
-    Home() { router.start(); }
-
-    router::Router router;
+// A call that is carried out and what the state holds then: "POINTER=JSON" apart by blanks, "POINTER=" where
+// there is nothing.
+struct Step {
+    const char *call, *shows = "";
 };
+
+inline void play(router::Router &router, const std::vector<Step> &steps) {
+    for (const Step &step : steps) {
+        SCOPED_TRACE(step.call);
+        EXPECT_EQ(call(router, step.call), DONE);
+        std::istringstream facts(step.shows);
+        for (std::string fact; facts >> fact;) {
+            const std::string pointer = fact.substr(0, fact.find('='));
+            EXPECT_EQ(pointer + "=" + router.value(pointer), fact);
+        }
+    }
+}

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+// The shape of each kind of reply, what sets change wherever it shows, and what is refused.
+#include "sim/router/bus_caller.h"
+#include "sim/router/json.h"
+#include "sim/router/world.h"
+
+namespace {
+
+// The members of a reply, as "name:type" texts in a row.
+std::string shape(const std::string &reply) {
+    std::string text;
+    const JsonRoot root = router::parse_json(reply);
+    json_object_object_foreach(root.get(), name, value) text +=
+        std::string(" ") + name + ":" + json_type_to_name(json_object_get_type(value));
+    return text;
+}
+
+// The kinds of reply of objects that the agent does not read yet.
+TEST(Reply, HasTheShapeOfItsKind) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"vrop.parent.urlcontrol list", " vrop.parent.urlcontrol:array"},
+        {"vrop.parent.timecontrol list", " vrop.parent.timecontrol:array"},
+        {"vrop.parent.control list", " vrop.parent.control:object"},
+        {"vrop.firewall.filter get", " vrop.firewall.filter:object"},
+        {R"(vrop.laninfo.sta getbymac {"mac":"02A0C9000001"})", " result:int vrop.laninfo.sta:object"},
+        {R"(vrop.laninfo.sta getbymac {"mac":"02a0c9999999"})", " result:int"},
+        {R"(vrop.parent.control getbymac {"mac":"02a0c9000005"})", " result:int vrop.parent.control:object"},
+        {R"(vrop.parent.control getbymac {"mac":"02a0c9000001"})", " result:int"},
+        {R"(vrop.wifi.2.ap.modify getbyindex {"index":9})", " result:int"},
+        {"vrop.wifi.1 getchannelscore", " vrop.wifi.getchannelscore:array"},
+        {"vrop.wifi.2 getinterference", " vrop.wifi.2:object"},
+    };
+    router::Router router;
+    for (const auto &[line, expected] : rows)
+        EXPECT_EQ(shape(call(router, line)), expected) << line;
+}
+
+// Every row of the table is on the bus and answers a call without arguments with data, if only a refusal.
+TEST(Reply, ComesFromEveryMethodThatIsListed) {
+    router::Router router;
+    router.start();
+    BusCaller client;
+    for (const router::Method &row : router::all_methods()) {
+        const std::string line = std::string(row.object) + " " + row.name;
+        if (line.starts_with("vrop ") || line.starts_with("sim ")) continue; // they end other calls
+        EXPECT_NE(client.call(line), "") << line;
+    }
+    EXPECT_EQ(client.call("vrop.ledswitch flash"), "");
+    EXPECT_EQ(client.status, 3);
+}
+
+// Each on what the ones before it left. Properties are set in the tests of the agent.
+TEST(Setting, IsSeenWhereverItShows) {
+    const std::vector<Step> steps = {
+        {R"(vrop.webwifisimple set {"wifi24ssid":"Office","wifi24apenable":0,"wifi5apenable":0})",
+         R"(/vrop.wifi.1.ap/0/ssid="Office" /vrop.webwifisimple/wifiswitch=0 /vrop.laninfo/5/ssid="Office")"},
+        {R"(vrop.wifi set {"use2_4gpwd":1})", "/vrop.webwifisimple/use2_4gpwd=1"},
+        {R"(vrop.webwifi2adv set {"channel":149,"noteffectflag":1})",
+         "/vrop.webwifi2adv/currentchannel=149 /vrop.webwifi2adv/noteffectflag="},
+        {R"(vrop.webwifi2adv set {"channel":0})", "/vrop.webwifi2adv/currentchannel=149"},
+        // a network may be protected first and given its key after that, as the advanced page does it
+        {R"(vrop.webwifi1adv set {"authmode":"NONE"})", R"(/vrop.wifi.1.ap/0/authmode="NONE")"},
+        {R"(vrop.webwifisimple set {"wifi24key":""})", R"(/vrop.wifi.1.ap/0/key="")"},
+        {R"(vrop.webwifi1adv set {"authmode":"WPA3-SAE"})", R"(/vrop.wifi.1.ap/0/authmode="WPA3-SAE")"},
+        {R"(vrop.wifi.1.apclient set {"enable":1,"ssid":"Up","key":"upstream1","authmode":"WPA2-PSK"})"},
+        {R"(vrop.wifi.2.apclient set {"enable":1,"ssid":"Up","key":"upstream1","authmode":"WPA2-PSK"})",
+         R"(/vrop.wifi.1.apclient/enable=0 /vrop.waninfo/workmode="APCLIENT")"},
+        {R"(vrop.waninfo set {"networktype":"STATIC","ipaddr":"10.0.0.2","dns":"10.0.0.1,"})",
+         R"(/vrop.homewebinfo/ipaddr="10.0.0.2" /vrop.waninfo/workmode="ROUTE" /vrop.wifi.2.apclient/enable=0)"},
+        {R"(vrop.timer delete {"action":"ToReboot","taskid":-1111})",
+         "/vrop.timer/0/taskid=2 /vrop.timer/1="},
+        {R"(vrop.laninfo.sta set {"dsbandwidth":8,"mac":"02:A0:C9:00:00:03"})",
+         R"(/vrop.laninfo/2/dsbandwidth=8 /vrop.laninfo/2/mac="02a0c9000003")"},
+        {R"(vrop.firewall.filter filterSet {"switch":1,"filterOp":"black"})",
+         "/vrop.firewall.filter/switch=1"},
+        {R"(vrop.firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":1,"mac":"02a0c9000001"})",
+         "/vrop.firewall.filter/macfilterLists/1/index=1"},
+        {R"(vrop.firewall.filter filterDelete {"filterType":"mac","index":0})",
+         "/vrop.firewall.filter/macfilterLists/0/index=1 /vrop.firewall.filter/macfilterLists/1="},
+        {R"(vrop.parent.control setdev {"disconnect":1,"disconnecttime":600,"mac":"02a0c9000001"})",
+         "/vrop.parent.control/device/1/disconnecttime=600"},
+        {R"(vrop.parent.control delete {"delall":0,"mac":"02a0c9000001"})", "/vrop.parent.control/device/1="},
+        {R"(vrop.parent.urlcontrol add {"filterType":"white","mac":"02a0c9000005","enable":0,"url":"a.example"})",
+         R"(/vrop.parent.urlcontrol/0/filterType="white" /vrop.parent.urlcontrol/0/list/3/index=3)"},
+        {R"(vrop.parent.urlcontrol.modify set {"filterType":"black","mac":"02a0c9000005","enable":1,"index":2})",
+         "/vrop.parent.urlcontrol/0/list/2/enable=1 /vrop.parent.urlcontrol/0/list/2/apptype=2"},
+        {R"(vrop.parent.urlcontrol delete {"index":-2222,"mac":"02a0c9000005"})",
+         "/vrop.parent.urlcontrol/0/list=[]"},
+        {R"(vrop.parent.timecontrol add {"enable":1,"timestart":"0800","timeend":"0900","mac":"02a0c9000007","week":"013"})",
+         R"(/vrop.parent.timecontrol/1/list=[{"enable":1,"timestart":"0800","timeend":"0900","week":"013","index":0}])"},
+        {R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bmV3LXBhc3M="})",
+         R"(/account/passwd="bmV3LXBhc3M=")"},
+    };
+    router::Router router;
+    play(router, steps);
+}
+
+TEST(Setting, OfAFactIsSeenThroughEveryObjectThatHasIt) {
+    router::Router router;
+    router.set_state("/vrop.ftinfo/sn", R"("S1")");
+    router.set_state("/vrop.fota/version", R"("V9")");
+    EXPECT_THAT(router.call("vrop.fota", "get"), testing::HasSubstr(R"("sn":"S1")"));
+    EXPECT_THAT(router.call("vrop.ftinfo", "get"), testing::HasSubstr(R"("iswversion":"V9")"));
+}
+
+TEST(Setting, ThatIsRefusedChangesNothing) {
+    const std::string bad = "parameter format incorrect: ", missing = "required parameter: ";
+    const std::pair<const char *, std::string> rows[] = {
+        {R"(vrop.ledswitch set {"status":"dim"})", bad + "'status'"},
+        {R"(vrop.ledswitch set {"status":1})", bad + "'status'"},
+        {R"(vrop.ledswitch set {})", missing + "'status'"},
+        {R"(vrop.ledswitch set {"status":"on","color":"red"})", "unrecognized parameter: 'color'"},
+        {R"(vrop.webwifisimple set {})", "no parameter"},
+        {R"(vrop.webwifisimple set {"wifi24ssid":""})", bad + "'wifi24ssid'"},
+        {R"(vrop.webwifisimple set {"wifi5ssid":"123456789012345678901234567890123"})", bad + "'wifi5ssid'"},
+        {R"(vrop.webwifisimple set {"wifi24ssid":"Office","wifi5key":"1234567"})", bad + "'wifi5key'"},
+        {R"(vrop.webwifi1adv set {"channel":14})", bad + "'channel'"},
+        {R"(vrop.webwifi2adv set {"channel":37})", bad + "'channel'"},
+        {R"(vrop.webwifi1adv set {"txpower":101})", bad + "'txpower'"},
+        {R"(vrop.wifi.1.ap.modify set {"index":2,"authmode":"WPA2-PSK","key":""})", bad + "'key'"},
+        {R"(vrop.wifi.1.ap.modify set {"index":3,"enable":1})", "vrop.wifi.1.ap.modify.3 not found"},
+        {R"(vrop.wifi.2.apclient set {"enable":1})", missing + "'ssid'"},
+        {R"(vrop.waninfo set {"networktype":"STATIC","ipaddr":"10.0.0.256"})", bad + "'ipaddr'"},
+        {R"(vrop.waninfo set {"networktype":"STATIC","subnetmask":"255.0.255.0"})", bad + "'subnetmask'"},
+        {R"(vrop.waninfo set {"networktype":"PPPoE","pppoename":""})", missing + "'pppoename'"},
+        {R"(vrop.waninfo set {"dnsenable":1,"dns":"8.8.8"})", bad + "'dns'"},
+        {R"(vrop.timer add {"action":"ToReboot","timeoffset":86400})", bad + "'timeoffset'"},
+        {R"(vrop.timer.modify set {"action":"ToLedMode","taskid":1,"enable":1})", "vrop.timer.1 not found"},
+        {R"(vrop.mesh connect)", "mesh is off"},
+        {R"(vrop.laninfo.sta set {"mac":"02a0c9","devname":"x"})", bad + "'mac'"},
+        {R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"d3Jvbmc=","newpasswd":"bmV3LXBhc3M="})",
+         "wrong user or password"},
+        {R"(vrop upgrade {"downurl":"/tmp/nothing.img","isreboot":1})", "no image /tmp/nothing.img"},
+        {R"(sim wan {"status":"up"})", "the cable is out"},
+    };
+    router::Router router;
+    router.cable(false);
+    const std::string before = router.state();
+    for (const auto &[line, reason] : rows) {
+        EXPECT_EQ(call(router, line), R"({"result":"1","failreason":")" + reason + "\"}") << line;
+        EXPECT_EQ(router.state(), before) << line;
+    }
+}
+
+TEST(Setting, StopsAtAFullList) {
+    router::Router router;
+    const char *task = R"(vrop.timer add {"action":"ToReboot","timeoffset":0,"enable":1,"week":1})";
+    play(router, std::vector<Step>(14, {task}));
+    EXPECT_EQ(router.value("/vrop.timer/15/taskid"), "16");
+    EXPECT_THAT(call(router, task), testing::HasSubstr("vrop.timer list is full"));
+}
+
+} // namespace

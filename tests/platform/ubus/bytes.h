@@ -1,29 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes written as hex text, blanks and line ends free.
+// Bytes, written as hex text with blanks wherever they help, and messages to build.
 #pragma once
 
-#include <cstdio>
+#include <gtest/gtest.h>
+#include <random>
 #include <string>
 
-inline std::string from_hex(const std::string &text) {
-    std::string digits, bytes;
-    for (char c : text)
-        if (isxdigit(static_cast<unsigned char>(c))) digits += c;
-    for (size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+extern "C" {
+#include <libubox/blobmsg_json.h>
+}
+// In the way of C++ headers included after this one.
+#undef __constructor
+#undef fallthrough
+
+inline std::string operator""_hex(const char *digits, size_t length) {
+    std::string text(digits, length), bytes;
+    std::erase(text, ' ');
+    for (size_t i = 0; i < text.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
-inline std::string to_hex(const void *data, size_t length) {
-    std::string text;
-    for (size_t i = 0; i < length; i++) {
-        char pair[4];
-        snprintf(pair, sizeof(pair), "%02x", static_cast<const unsigned char *>(data)[i]);
-        text += (i % 4 == 0 && i > 0 ? " " : "") + std::string(pair);
-    }
-    return text;
+// The bytes with up to seven of them changed.
+inline std::string damaged(std::string bytes, std::mt19937 &random) {
+    for (auto changes = random() % 8; changes > 0; changes--)
+        bytes[random() % bytes.size()] = static_cast<char>(random());
+    return bytes;
 }
 
-inline std::string to_hex(const std::string &bytes) {
-    return to_hex(bytes.data(), bytes.size());
+// Owns a message, empty or made of JSON text.
+struct Buffer : blob_buf {
+    explicit Buffer(const char *json = "{}") : blob_buf{} {
+        EXPECT_EQ(blob_buf_init(this, 0), 0);
+        blobmsg_add_json_from_string(this, json);
+    }
+    ~Buffer() { blob_buf_free(this); }
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+};
+
+// A text that the library has allocated.
+inline std::string take(char *text) {
+    std::string copy = text ? text : "(null)";
+    free(text);
+    return copy;
 }

@@ -21,16 +21,6 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Text, CopyIsCutAndTerminated) {
-    char field[4] = {'#', '#', '#', '#'};
-    for (auto [from, to] :
-         {std::pair(static_cast<const char *>(nullptr), ""), {"abc", "abc"}, {"abcd", "abc"}}) {
-        copy_text(field, from);
-        EXPECT_STREQ(field, to);
-    }
-    EXPECT_STREQ(format_text<4>("%d", 123456).text, "123");
-}
-
 TEST(Text, MacAddresses) {
     struct Row {
         const char *digits;

@@ -104,13 +104,7 @@ const other_handle_table OTHER = {[] { return diary.write("online"); }, {}};
 int Diary::write(const std::string &line) {
     std::lock_guard lock(mutex_);
     lines_.push_back(line);
-    changed_.notify_all();
     return 0;
-}
-
-size_t Diary::count(const std::string &line) {
-    const std::vector<std::string> all = lines();
-    return static_cast<size_t>(std::count(all.begin(), all.end(), line));
 }
 
 std::vector<std::string> Diary::lines() {
@@ -118,11 +112,13 @@ std::vector<std::string> Diary::lines() {
     return lines_;
 }
 
+size_t Diary::count(const std::string &line) {
+    const std::vector<std::string> all = lines();
+    return static_cast<size_t>(std::count(all.begin(), all.end(), line));
+}
+
 bool Diary::wait(const std::string &line, size_t times) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, test_mqtt::Client::LIMIT, [&] {
-        return static_cast<size_t>(std::count(lines_.begin(), lines_.end(), line)) >= times;
-    });
+    return eventually([&] { return count(line) >= times; });
 }
 
 bool eventually(const std::function<bool()> &so) {

@@ -6,7 +6,6 @@
 #include "support/mqtt/client.h"
 #include "tebra_sdk.h"
 
-#include <condition_variable>
 #include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
@@ -36,7 +35,6 @@ class Diary {
 
   private:
     std::mutex mutex_;
-    std::condition_variable changed_;
     std::vector<std::string> lines_;
 };
 // Never destroyed, like all that the SDK's threads use: they run until the process ends.

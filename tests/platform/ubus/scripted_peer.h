@@ -45,11 +45,14 @@ class Wire {
         size_t rest = blob_len(reinterpret_cast<blob_attr *>(&head[8]));
         return rest > 0 ? head + receive(rest) : head; // recv() of nothing would wait for something
     }
-    // Sends no more and waits until the other end closes.
-    void finish() const {
-        shutdown(stream_.get(), SHUT_WR);
-        while (!receive(1).empty()) {
+    void send_no_more() const { shutdown(stream_.get(), SHUT_WR); }
+    // Takes what comes until the other end closes; false when it does not.
+    bool drain() const {
+        char chunk[4096];
+        ssize_t count = 0;
+        while ((count = recv(stream_.get(), chunk, sizeof(chunk), 0)) > 0) {
         }
+        return count == 0;
     }
 
   private:

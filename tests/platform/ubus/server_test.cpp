@@ -88,7 +88,7 @@ TEST(UbusServer, ClosesOnFrameErrorsAndServesTheOthers) {
     for (const std::string &frame : {"00030001 00000000 00000003"_hex, "00030001 00000000 00100001"_hex}) {
         Greeted bad;
         bad.send(frame);
-        EXPECT_EQ(bad.receive(1), "");
+        EXPECT_TRUE(bad.drain());
         look_up(good);
     }
 }
@@ -123,7 +123,8 @@ TEST(UbusServer, SurvivesAnyBytes) {
     for (int round = 0; round < 400; round++) {
         Wire wire(unix_stream(BUS_PATH, connect));
         wire.send(damaged(seed, random));
-        wire.finish();
+        wire.send_no_more();
+        wire.drain();
     }
     look_up(good);
 }

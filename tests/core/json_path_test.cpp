@@ -98,17 +98,12 @@ TEST(JsonPath, WritersOfEachType) {
     EXPECT_EQ(JsonSetObj(document.get(), "s.deeper", "k", refused.get()), 0);
 }
 
-TEST(JsonPath, CreatePath) {
-    JsonRoot document = parse(R"({"a":{"b":{}},"n":1})");
+TEST(JsonPath, CreatePathCutsAt239Characters) {
+    JsonRoot document = parse("{}");
     EXPECT_EQ(JsonCreatePath(nullptr, "a"), nullptr);
     EXPECT_EQ(JsonCreatePath(document.get(), nullptr), document.get());
-    json_object *there = nullptr;
-    JsonGetObj(document.get(), "a.b", &there);
-    EXPECT_EQ(JsonCreatePath(document.get(), "a.b"), there);
-    EXPECT_EQ(JsonCreatePath(document.get(), "n.m"), nullptr);
-    // a path is cut at 239 characters
     JsonCreatePath(document.get(), std::string(300, 'p').c_str());
-    EXPECT_EQ(JsonGetObj(document.get(), std::string(239, 'p').c_str(), &there), 1);
+    EXPECT_EQ(plain(document.get()), "{\"" + std::string(239, 'p') + "\":{}}");
 }
 
 TEST(JsonPath, ReplyReaders) {
@@ -116,8 +111,8 @@ TEST(JsonPath, ReplyReaders) {
     const std::tuple<const char *, const char *, int> rows[] = {{"text", "12", 12},
                                                                 {"huge", "5000000000", INT32_MAX},
                                                                 {"null", "", 0},
-                                                                {"o", R"({ "k": "v" })", 0},
-                                                                {"missing", "", 0}};
+                                                                {"missing", "", 0},
+                                                                {"o", R"({ "k": "v" })", 0}};
     for (auto [key, text, number] : rows) {
         EXPECT_STREQ(_json_get_str(reply.get(), key), text);
         EXPECT_EQ(_json_get_int(reply.get(), key), number);

@@ -5,11 +5,11 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <string>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include "support/main_log.h"
 #include "support/moving_clock.h"
 #include "support/text_file.h"
 
@@ -17,13 +17,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
-
-std::string console_of(const auto &action) {
-    testing::internal::CaptureStdout();
-    action();
-    fflush(stdout);
-    return testing::internal::GetCapturedStdout();
-}
 
 struct Logger {
     const char *name;
@@ -55,16 +48,13 @@ TEST(Log, CutsLongMessagesAndEndsEachWithOneNewline) {
 }
 
 TEST(Log, IsEmptiedByTheLineAfterTheCeiling) {
-    for (const Logger &logger : LOGGERS) {
-        SCOPED_TRACE(logger.name);
-        logger.set_path("/tmp/log");
-        for (long size : {LOG_SIZE_CEILING, LOG_SIZE_CEILING + 1}) {
-            std::ofstream("/tmp/log") << std::string(static_cast<size_t>(size), '.');
+    for (const Logger &logger : LOGGERS)
+        for (size_t size : {LOG_SIZE_CEILING, LOG_SIZE_CEILING + 1}) {
+            logger.set_path("/tmp/log");
+            std::ofstream("/tmp/log") << std::string(size, '.');
             logger.log("next");
-            EXPECT_EQ(text_of("/tmp/log").size(),
-                      size > LOG_SIZE_CEILING ? 5u : static_cast<size_t>(size) + 5u);
+            EXPECT_EQ(text_of("/tmp/log").size(), size > LOG_SIZE_CEILING ? 5 : size + 5) << logger.name;
         }
-    }
 }
 
 TEST(Log, GoesToTheDefaultWithoutAPathAndKeeps127CharactersOfOne) {
@@ -72,15 +62,12 @@ TEST(Log, GoesToTheDefaultWithoutAPathAndKeeps127CharactersOfOne) {
     for (const Logger &logger : LOGGERS)
         for (const char *path : {static_cast<const char *>(nullptr), "", long_path.c_str()}) {
             SCOPED_TRACE(logger.name);
+            const std::string file = path != nullptr && *path ? long_path.substr(0, 127) : logger.fallback;
             logger.set_path(path);
             logger.log("line");
-            std::string expected =
-                path != nullptr && path[0] != '\0' ? long_path.substr(0, 127) : logger.fallback;
-            EXPECT_EQ(text_of(expected), "line\n");
-            struct stat status = {};
-            ASSERT_EQ(stat(expected.c_str(), &status), 0);
-            EXPECT_EQ(status.st_mode & 0777, 0600u);
-            unlink(expected.c_str());
+            EXPECT_EQ(text_of(file), "line\n");
+            EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0600});
+            unlink(file.c_str());
         }
 }
 
@@ -92,29 +79,27 @@ TEST(Log, SaysOnTheConsoleWhatItCannotOpen) {
 
 TEST(Log, LinesBeginWithTimeFunctionAndLine) {
     setenv("TZ", "UTC", 1);
-    set_log_filepath(nullptr);
-    set_upgrade_log_filepath(nullptr);
+    set_default_logs();
     moving_clock::set(1714550587); // 2024-05-01 08:03:07
     LOG("ret:%d\n", 5);
     LOG_UPGRADE("plain");
-    EXPECT_THAT(text_of("/apvar/log/qvtk.log"),
-                MatchesRegex(R"(\[2024-05-01 08:03:07\]\[TestBody\]\[[0-9]+\]ret:5)"
-                             "\n\n"));
-    EXPECT_THAT(text_of("/apetc/rvxa/qvtk_upgrade.log"), HasSubstr("[2024-05-01 08:03:07][TestBody]["));
+    EXPECT_THAT(main_log(), MatchesRegex(R"(\[2024-05-01 08:03:07\]\[TestBody\]\[[0-9]+\]ret:5)"
+                                         "\n\n"));
+    EXPECT_THAT(upgrade_log(), HasSubstr("[2024-05-01 08:03:07][TestBody]["));
     delete_upgrade_log();
-    EXPECT_FALSE(std::filesystem::exists("/apetc/rvxa/qvtk_upgrade.log"));
+    EXPECT_FALSE(std::filesystem::exists(UPGRADE_LOG));
 }
 
 TEST(Log, LinesOfSeveralThreadsStayWhole) {
     set_log_filepath("/tmp/log");
-    std::vector<std::thread> threads;
-    for (char mark : {'a', 'b', 'c', 'd'})
-        threads.emplace_back([mark] {
-            for (int i = 0; i < 200; i++)
-                qvtk_log_to_file("%s", std::string(3000, mark).c_str());
-        });
-    for (std::thread &thread : threads)
-        thread.join();
+    {
+        std::vector<std::jthread> threads;
+        for (char mark : {'a', 'b', 'c', 'd'})
+            threads.emplace_back([mark] {
+                for (int i = 0; i < 200; i++)
+                    qvtk_log_to_file("%s", std::string(3000, mark).c_str());
+            });
+    }
     std::ifstream log("/tmp/log");
     int whole = 0;
     for (std::string line; std::getline(log, line); whole++)

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the agent's logs say.
+// What the agent's logs and its console say.
 #pragma once
 
 #include <chrono>
+#include <cstdio>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -22,3 +24,11 @@ std::vector<std::string> log_messages();
 bool has_logged(const std::string &message);
 bool wait_for_log(const std::string &message, std::chrono::milliseconds limit = std::chrono::seconds(10));
 void clear_main_log();
+
+// What the action prints.
+std::string console_of(const auto &action) {
+    testing::internal::CaptureStdout();
+    action();
+    fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}

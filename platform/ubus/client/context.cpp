@@ -76,12 +76,3 @@ void ubus_free(ubus_context *ctx) {
     ubus_shutdown(ctx);
     delete ctx;
 }
-
-int ubus_reconnect(ubus_context *ctx, const char *path) {
-    bool served = ctx->sock.registered;
-    ubus_flush_requests(ctx);
-    close_socket(ctx);
-    if (!open_socket(ctx, path)) return UBUS_STATUS_CONNECTION_FAILED;
-    if (served) ubus_add_uloop(ctx);
-    return UBUS_STATUS_OK;
-}

@@ -74,9 +74,6 @@ void ubus_free(struct ubus_context *ctx); /* NULL is allowed; open requests are 
 int ubus_connect_ctx(struct ubus_context *ctx, const char *path);
 void ubus_shutdown(struct ubus_context *ctx);
 
-/* Closes and connects again; open requests end with TIMEOUT. 0 or a status, with the context disconnected. */
-int ubus_reconnect(struct ubus_context *ctx, const char *path);
-
 const char *ubus_strerror(int error);
 
 /* Calls `cb` for each object that the path (exact, prefix with '*', or NULL for all) names. The broker has 30

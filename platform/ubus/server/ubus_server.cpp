@@ -145,10 +145,6 @@ void UbusServer::drop_clients() {
         state->drop(state->clients.begin()->first);
 }
 
-size_t UbusServer::client_count() const {
-    return state->clients.size();
-}
-
 void UbusServer::run() {
     state->loop.run();
 }

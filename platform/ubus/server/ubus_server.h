@@ -74,7 +74,6 @@ class UbusServer {
     void renumber();
     // Closes all connections.
     void drop_clients();
-    size_t client_count() const;
 
     // Serves until stop(). May be called again afterwards.
     void run();

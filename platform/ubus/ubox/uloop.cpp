@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <chrono>
 #include <csignal>
-#include <ctime>
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
@@ -18,6 +17,9 @@ extern "C" {
 bool uloop_cancelled;
 
 namespace {
+using Clock = std::chrono::steady_clock;
+using Millis = std::chrono::milliseconds;
+
 struct TakenSignal {
     int number;
     bool taken;
@@ -28,7 +30,6 @@ TakenSignal signals[] = {{SIGINT, false}, {SIGTERM, false}, {SIGCHLD, false}};
 volatile int wake_fd = -1;
 volatile sig_atomic_t ended_by;
 std::vector<uloop_fd *> watched;
-LIST_HEAD(timers);
 
 // uloop_end is a plain store to a plain bool; signal handlers do the same with care.
 bool cancelled() {
@@ -65,36 +66,8 @@ void restore_signal(TakenSignal *signal) {
     signal->taken = false;
 }
 
-timeval now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return {time.tv_sec, time.tv_nsec / 1000};
-}
-
-int64_t millis_until(const timeval &end) {
-    timeval start = now();
-    int64_t micros = (int64_t{end.tv_sec} - start.tv_sec) * 1000000 + (end.tv_usec - start.tv_usec);
-    return micros <= 0 ? 0 : (micros + 999) / 1000;
-}
-
-timeval in_millis(int millis) {
-    timeval time = now();
-    time.tv_sec += millis / 1000;
-    time.tv_usec += (millis % 1000) * 1000;
-    if (time.tv_usec >= 1000000) {
-        time.tv_sec++;
-        time.tv_usec -= 1000000;
-    }
-    return time;
-}
-
-void run_timers() {
-    while (!list_empty(&timers) && !cancelled()) {
-        uloop_timeout *first = list_first_entry(&timers, uloop_timeout, list);
-        if (millis_until(first->time) > 0) return;
-        uloop_timeout_cancel(first);
-        if (first->cb) first->cb(first);
-    }
+int millis_until(Clock::time_point end) {
+    return static_cast<int>(std::max<int64_t>(std::chrono::ceil<Millis>(end - Clock::now()).count(), 0));
 }
 
 bool is_watched(const uloop_fd *sock) {
@@ -138,15 +111,6 @@ void poll_once(int timeout) {
         if (fds[i].revents && is_watched(socks[i])) serve(socks[i], fds[i].revents);
     }
 }
-
-int wait_limit(int timeout, const timeval &end) {
-    int64_t limit = timeout < 0 ? -1 : millis_until(end);
-    if (!list_empty(&timers)) {
-        int64_t first = millis_until(list_first_entry(&timers, uloop_timeout, list)->time);
-        limit = limit < 0 ? first : std::min(limit, first);
-    }
-    return static_cast<int>(std::min<int64_t>(limit, INT_MAX));
-}
 } // namespace
 
 int uloop_init(void) {
@@ -161,13 +125,11 @@ int uloop_init(void) {
 }
 
 int uloop_run_timeout(int timeout) {
-    timeval end = in_millis(std::max(timeout, 0));
+    Clock::time_point end = Clock::now() + Millis(std::max(timeout, 0));
     ended_by = 0;
     uloop_cancelled = false;
     while (!cancelled()) {
-        run_timers();
-        if (cancelled()) break;
-        poll_once(wait_limit(timeout, end));
+        poll_once(timeout < 0 ? -1 : millis_until(end));
         if (timeout >= 0 && millis_until(end) == 0) break;
     }
     return ended_by;
@@ -179,8 +141,6 @@ void uloop_done(void) {
         restore_signal(&signal);
     if (wake_fd >= 0) close(wake_fd);
     wake_fd = -1;
-    while (!list_empty(&timers))
-        uloop_timeout_cancel(list_first_entry(&timers, uloop_timeout, list));
     for (uloop_fd *sock : watched)
         sock->registered = false;
     watched.clear();
@@ -206,24 +166,5 @@ int uloop_fd_delete(uloop_fd *sock) {
     watched.erase(at);
     sock->registered = false;
     sock->flags = 0;
-    return 0;
-}
-
-int uloop_timeout_set(uloop_timeout *timeout, int msecs) {
-    if (timeout->pending) uloop_timeout_cancel(timeout);
-    timeout->time = in_millis(std::max(msecs, 0));
-    list_head *at;
-    list_for_each(at, &timers) {
-        if (timercmp(&list_entry(at, uloop_timeout, list)->time, &timeout->time, >)) break;
-    }
-    list_add_tail(&timeout->list, at);
-    timeout->pending = true;
-    return 0;
-}
-
-int uloop_timeout_cancel(uloop_timeout *timeout) {
-    if (!timeout->pending) return -1;
-    list_del(&timeout->list);
-    timeout->pending = false;
     return 0;
 }

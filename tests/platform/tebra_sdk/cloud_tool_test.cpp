@@ -32,7 +32,7 @@ TEST_F(SdkTest, TheCloudsToolDrivesADevice) {
     };
     setenv("QVTK_BROKER", broker.socket().c_str(), 1);
     start();
-    gate.open();
+    gate.count_down();
     for (const auto &run : runs) {
         FILE *pipe = popen((std::string(DEV_CLOUD " ") + run.arguments + " 2>&1").c_str(), "r");
         ASSERT_NE(pipe, nullptr);

@@ -2,19 +2,21 @@
 #include "device.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <sys/prctl.h>
 #include <thread>
+#include <unistd.h>
 
 Diary &diary = *new Diary;
-Gate &gate = *new Gate;
+std::vector<OpenCall> &open_calls = *new std::vector<OpenCall>;
+std::latch &gate = *new std::latch(1);
 
 namespace {
 
 std::mutex state_mutex;
 std::string &echo_value = *new std::string("{}");
-std::vector<OpenCall> &calls = *new std::vector<OpenCall>;
 
 int echo_set(const char *, const char *value, char *, int) {
     std::lock_guard lock(state_mutex);
@@ -40,29 +42,33 @@ int full_get(const char *, char *output, int length) {
 }
 
 int slow_get(const char *, char *output, int length) {
-    gate.pass();
+    gate.wait();
     snprintf(output, static_cast<size_t>(length), "{\"slow\":1}");
     return 0;
 }
 
 int echo_call(uint32_t handle, uint32_t request, void *, void *, const char *parameters) {
-    std::string text = parameters ? parameters : "{\"parameters\":null}";
-    diary.write("echo " +
-                std::to_string(TEBRA_SDK_Handle_Response(handle, request, 200, text.c_str(), "echo")));
+    const char *text = parameters ? parameters : "{\"parameters\":null}";
+    diary.write("echo " + std::to_string(TEBRA_SDK_Handle_Response(handle, request, 200, text, "echo")));
     diary.write("again " + std::to_string(TEBRA_SDK_Handle_Response(handle, request, 200, "{}", "echo")));
     return 0;
 }
 
 int later_call(uint32_t handle, uint32_t request, void *, void *, const char *parameters) {
     std::lock_guard lock(state_mutex);
-    calls.push_back({handle, request, parameters ? parameters : ""});
+    open_calls.push_back({handle, request, parameters ? parameters : ""});
     return diary.write("later");
+}
+
+template <int Code>
+int fixed_call(uint32_t handle, uint32_t request, void *, void *, const char *) {
+    return TEBRA_SDK_Handle_Response(handle, request, Code, Code == 200 ? "no \"JSON\"" : nullptr, nullptr);
 }
 
 int upgrade(void *, void *, void *, const char *url, const char *md5, const char *version,
             const char *strategy) {
     diary.write(std::string("upgrade ") + url + "|" + md5 + "|" + version + "|" + strategy);
-    gate.pass();
+    gate.wait();
     return atoi(version);
 }
 
@@ -86,14 +92,8 @@ const property_row PROPERTIES[] = {
 };
 const service_row SERVICES[] = {
     {"echo", nullptr, echo_call},
-    {"refuse", nullptr,
-     [](uint32_t handle, uint32_t request, void *, void *, const char *) {
-         return TEBRA_SDK_Handle_Response(handle, request, 402, nullptr, nullptr);
-     }},
-    {"text", nullptr,
-     [](uint32_t handle, uint32_t request, void *, void *, const char *) {
-         return TEBRA_SDK_Handle_Response(handle, request, 200, "no \"JSON\"", "text");
-     }},
+    {"refuse", nullptr, fixed_call<402>},
+    {"text", nullptr, fixed_call<200>},
     {"later", nullptr, later_call},
     {},
 };
@@ -104,13 +104,7 @@ const other_handle_table OTHER = {[] { return diary.write("online"); }, {}};
 int Diary::write(const std::string &line) {
     std::lock_guard lock(mutex_);
     lines_.push_back(line);
-    changed_.notify_all();
     return 0;
-}
-
-size_t Diary::count(const std::string &line) {
-    const std::vector<std::string> all = lines();
-    return static_cast<size_t>(std::count(all.begin(), all.end(), line));
 }
 
 std::vector<std::string> Diary::lines() {
@@ -118,22 +112,13 @@ std::vector<std::string> Diary::lines() {
     return lines_;
 }
 
+size_t Diary::count(const std::string &line) {
+    const std::vector<std::string> all = lines();
+    return static_cast<size_t>(std::count(all.begin(), all.end(), line));
+}
+
 bool Diary::wait(const std::string &line, size_t times) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, test_mqtt::Client::LIMIT, [&] {
-        return static_cast<size_t>(std::count(lines_.begin(), lines_.end(), line)) >= times;
-    });
-}
-
-void Gate::open() {
-    std::lock_guard lock(mutex_);
-    open_ = true;
-    opened_.notify_all();
-}
-
-void Gate::pass() {
-    std::unique_lock lock(mutex_);
-    opened_.wait(lock, [this] { return open_; });
+    return eventually([&] { return count(line) >= times; });
 }
 
 bool eventually(const std::function<bool()> &so) {
@@ -145,28 +130,18 @@ bool eventually(const std::function<bool()> &so) {
     return true;
 }
 
-std::vector<OpenCall> open_calls() {
-    std::lock_guard lock(state_mutex);
-    return calls;
-}
-
-global_config device_record() {
-    global_config config = {};
-    put(config.product_key, "product1");
-    put(config.serial_number, "serial1");
-    put(config.mac, "A1:B2:C3:D4:E5:F6");
-    put(config.software_version, "1.2.3");
-    put(config.cache_file_path, "/tmp/sdk.cache");
-    put(config.log_file_path, "/tmp/sdk.log");
-    config.property_map = PROPERTIES;
-    config.service_map = SERVICES;
-    config.other_handle = &OTHER;
-    config.upgrade = upgrade;
-    config.interval = 300;
-    return config;
-}
-
-SdkTest::SdkTest() {
+SdkTest::SdkTest()
+    : config{.product_key = "product1",
+             .serial_number = "serial1",
+             .mac = "A1:B2:C3:D4:E5:F6",
+             .software_version = "1.2.3",
+             .cache_file_path = "/tmp/sdk.cache",
+             .log_file_path = "/tmp/sdk.log",
+             .property_map = PROPERTIES,
+             .service_map = SERVICES,
+             .other_handle = &OTHER,
+             .upgrade = upgrade,
+             .interval = 300} {
     setenv("TEBRA_SDK_BROKER", broker.socket().c_str(), 1);
 }
 
@@ -176,6 +151,18 @@ void SdkTest::start() {
     ASSERT_TRUE(client->subscribe("tebra/#"));
     ASSERT_EQ(start_sdk(&config), 0);
     ASSERT_TRUE(diary.wait("online"));
+}
+
+pid_t SdkTest::fork_device() const {
+    pid_t device = fork();
+    if (device != 0) return device;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    global_config other = config;
+    put(other.serial_number, "serial2");
+    put(other.log_file_path, "/tmp/sdk2.log");
+    start_sdk(&other);
+    for (;;)
+        pause();
 }
 
 std::string SdkTest::answer(const std::string &topic, const std::string &payload) {

@@ -4,12 +4,9 @@
 
 #include "support/text_file.h"
 
-#include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -27,29 +24,26 @@ TEST_F(SdkTest, UnusableRecordsAreRefused) {
     EXPECT_EQ(get_connect_state(), 0);
 }
 
-TEST_F(SdkTest, FieldsWithoutTerminatorEndWithTheField) {
+TEST_F(SdkTest, FieldsWithoutTerminatorAndFilesThatCannotBeWrittenAreTaken) {
     memset(config.product_key, 'p', sizeof config.product_key);
     memset(config.serial_number, 's', sizeof config.serial_number);
+    put(config.cache_file_path, "/absent/sdk.cache");
+    put(config.log_file_path, "/absent/sdk.log");
+    set_device_secret("secret");
     start();
     EXPECT_TRUE(client->wait("tebra/" + std::string(64, 'p') + "/" + std::string(128, 's') + "/status"));
 }
 
 TEST_F(SdkTest, SettingsThatMeanNothingAreRefused) {
     const std::pair<const char *, const char *> rows[] = {
-        {"TEBRA_SDK_BROKER", "host:"},
-        {"TEBRA_SDK_BROKER", "host:0"},
-        {"TEBRA_SDK_BROKER", ":1883"},
-        {"TEBRA_SDK_BROKER", "host:65536"},
-        {"TEBRA_SDK_BROKER", "[::1"},
-        {"TEBRA_SDK_BROKER", "host:18x"},
-        {"TEBRA_SDK_REPORT_SECONDS", "0"},
-        {"TEBRA_SDK_CALL_SECONDS", "soon"},
-        {"TEBRA_SDK_CAFILE", "/tmp/absent.pem"},
-    };
+        {"BROKER", "host:"},      {"BROKER", "host:0"},     {"BROKER", ":1883"},
+        {"BROKER", "host:65536"}, {"BROKER", "[::1"},       {"BROKER", "host:18x"},
+        {"REPORT_SECONDS", "0"},  {"CALL_SECONDS", "soon"}, {"CAFILE", "/tmp/absent.pem"}};
     for (auto [name, value] : rows) {
-        setenv(name, value, 1);
+        const std::string variable = std::string("TEBRA_SDK_") + name;
+        setenv(variable.c_str(), value, 1);
         EXPECT_EQ(start_sdk(&config), -1) << name << "=" << value;
-        unsetenv(name);
+        unsetenv(variable.c_str());
     }
 }
 
@@ -78,21 +72,12 @@ TEST_F(SdkTest, TlsIsVerifiedAndCredentialsReachTheBroker) {
     setenv("TEBRA_SDK_USERNAME", "device", 1);
     setenv("TEBRA_SDK_PASSWORD", "word", 1);
     setenv("TEBRA_SDK_CAFILE", "/tmp/other.pem", 1);
-    pid_t stranger = fork(); // a device that does not trust this broker
-    if (stranger == 0) {
-        put(config.log_file_path, "/tmp/stranger.log");
-        start_sdk(&config);
-        for (;;)
-            pause();
-    }
+    fork_device(); // does not trust this broker
     setenv("TEBRA_SDK_CAFILE", "/tmp/cert.pem", 1);
     ASSERT_EQ(start_sdk(&config), 0);
     EXPECT_TRUE(diary.wait("online"));
-    EXPECT_TRUE(
-        eventually([] { return text_of("/tmp/stranger.log").find("TLS error") != std::string::npos; }));
-    EXPECT_EQ(text_of("/tmp/stranger.log").find("is up"), std::string::npos);
-    kill(stranger, SIGKILL);
-    waitpid(stranger, nullptr, 0);
+    EXPECT_TRUE(eventually([] { return text_of("/tmp/sdk2.log").find("TLS error") != std::string::npos; }));
+    EXPECT_EQ(text_of("/tmp/sdk2.log").find("is up"), std::string::npos);
 }
 
 TEST_F(SdkTest, TheEnrolmentIsKeptPrivately) {
@@ -102,18 +87,9 @@ TEST_F(SdkTest, TheEnrolmentIsKeptPrivately) {
     secret = "overwritten"; // the SDK has a copy
     start();
     EXPECT_EQ(text_of("/tmp/sdk.cache"), R"({"secret":"s\"ecret"})");
-    struct stat facts = {};
-    ASSERT_EQ(stat("/tmp/sdk.cache", &facts), 0);
-    EXPECT_EQ(facts.st_mode & 0777, 0600u);
+    EXPECT_EQ(std::filesystem::status("/tmp/sdk.cache").permissions(), std::filesystem::perms{0600});
     EXPECT_NE(text_of("/tmp/sdk.log"), "");
     EXPECT_EQ(text_of("/tmp/sdk.log").find("ecret"), std::string::npos);
-}
-
-TEST_F(SdkTest, FilesThatCannotBeWrittenDoNotStopTheLink) {
-    put(config.cache_file_path, "/absent/sdk.cache");
-    put(config.log_file_path, "/absent/sdk.log");
-    set_device_secret("secret");
-    start();
 }
 
 } // namespace

@@ -1,29 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes written as hex text, blanks and line ends free.
+// Bytes, written as hex text with blanks wherever they help.
 #pragma once
 
-#include <cstdio>
+#include <gtest/gtest.h>
+#include <random>
 #include <string>
 
-inline std::string from_hex(const std::string &text) {
-    std::string digits, bytes;
-    for (char c : text)
-        if (isxdigit(static_cast<unsigned char>(c))) digits += c;
-    for (size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+#include "support/blob_buffer.h"
+
+inline std::string operator""_hex(const char *digits, size_t length) {
+    std::string text(digits, length), bytes;
+    std::erase(text, ' ');
+    for (size_t i = 0; i < text.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
-inline std::string to_hex(const void *data, size_t length) {
-    std::string text;
-    for (size_t i = 0; i < length; i++) {
-        char pair[4];
-        snprintf(pair, sizeof(pair), "%02x", static_cast<const unsigned char *>(data)[i]);
-        text += (i % 4 == 0 && i > 0 ? " " : "") + std::string(pair);
-    }
-    return text;
-}
-
-inline std::string to_hex(const std::string &bytes) {
-    return to_hex(bytes.data(), bytes.size());
+// The bytes with up to seven of them changed.
+inline std::string damaged(std::string bytes, std::mt19937 &random) {
+    for (auto changes = random() % 8; changes > 0; changes--)
+        bytes[random() % bytes.size()] = static_cast<char>(random());
+    return bytes;
 }

@@ -2,41 +2,31 @@
 // A client's calls and what came of them.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include <libubus.h>
-extern "C" {
-#include <libubox/blobmsg_json.h>
-}
-// In the way of C++ headers included after this one.
-#undef __constructor
-#undef fallthrough
+#include <memory>
 
-struct ContextFree {
-    void operator()(ubus_context *context) const { ubus_free(context); }
-};
-using Context = std::unique_ptr<ubus_context, ContextFree>;
+#include "bytes.h"
+
+inline constexpr char BUS_PATH[] = "/tmp/bus.sock";
+inline constexpr int LIMIT = 5000; // milliseconds, for calls that are answered
 
 struct Answer {
-    int status = -1;
+    int status;
     std::string json; // of each DATA, one behind the other
 };
 
-inline void collect_json(ubus_request *req, int, blob_attr *message) {
-    char *text = blobmsg_format_json(message, true);
-    *static_cast<std::string *>(req->priv) += text ? text : "(no memory)";
-    free(text);
-}
+struct Client {
+    explicit Client(const char *path = BUS_PATH) : context(ubus_connect(path), ubus_free) {}
+    Answer call(uint32_t object, const char *method, blob_attr *arguments = nullptr, int timeout = LIMIT) {
+        std::string json;
+        auto collect = [](ubus_request *req, int, blob_attr *message) {
+            *static_cast<std::string *>(req->priv) += take(blobmsg_format_json(message, true));
+        };
+        int status = ubus_invoke(context.get(), object, method, arguments, collect, &json, timeout);
+        return {status, json};
+    }
+    // The object's id, which is left alone when it is not found.
+    int look_up(const char *path, uint32_t *id) { return ubus_lookup_id(context.get(), path, id); }
 
-inline Answer invoke(ubus_context *context, uint32_t object, const char *method, const char *json,
-                     int timeout) {
-    Answer answer;
-    blob_buf arguments{};
-    blob_buf_init(&arguments, 0);
-    if (json) blobmsg_add_json_from_string(&arguments, json);
-    answer.status = ubus_invoke(context, object, method, json ? arguments.head : nullptr, collect_json,
-                                &answer.json, timeout);
-    blob_buf_free(&arguments);
-    return answer;
-}
+    std::shared_ptr<ubus_context> context;
+};

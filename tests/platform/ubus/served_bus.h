@@ -2,13 +2,8 @@
 // A server on a thread of its own, with the object of the captured traffic and a few more.
 #pragma once
 
-#include <future>
-#include <thread>
-
 #include "platform/ubus/server/ubus_server.h"
 #include "scripted_peer.h"
-
-inline constexpr char BUS_PATH[] = "/tmp/bus/ubus.sock";
 
 class ServedBus {
   public:
@@ -22,32 +17,18 @@ class ServedBus {
                                         {"many", {}},
                                         {"exit", {}},
                                         {"none", {}}};
-        server.add_object("own.demo", methods, [this](const UbusInvocation &call) { handle(call); });
-        server.add_object("own.anything", {}, [](const UbusInvocation &call) { call.reply(call.json()); });
-        server.add_object("\x7fsorts.last", {}, [](const UbusInvocation &call) { call.status(6); });
-        server.listen(BUS_PATH);
-        thread_ = std::thread([this] { server.run(); });
+        server_.add_object("own.demo", methods, [this](const UbusInvocation &call) { handle(call); });
+        server_.add_object("own.any", {}, [this](const UbusInvocation &call) {
+            if (call.method() == "renumber") server_.renumber();
+            call.reply(call.json());
+        });
+        server_.add_object("\x7fsorts.last", {}, [](const UbusInvocation &call) { call.status(6); });
+        server_.listen(BUS_PATH);
+        thread_ = std::jthread([this] { server_.run(); });
     }
-    ~ServedBus() {
-        server.stop();
-        thread_.join();
-    }
+    ~ServedBus() { server_.stop(); }
     ServedBus(const ServedBus &) = delete;
     ServedBus &operator=(const ServedBus &) = delete;
-
-    // Runs the function on the server's thread.
-    template <typename Function>
-    auto on_server(Function function) {
-        std::packaged_task<decltype(function())()> task(function);
-        auto result = task.get_future();
-        server.post([&task] { task(); });
-        return result.get();
-    }
-    uint32_t id(const std::string &path) {
-        return on_server([&] { return server.object_id(path); });
-    }
-
-    UbusServer server;
 
   private:
     void handle(const UbusInvocation &call) {
@@ -55,21 +36,15 @@ class ServedBus {
         if (call.method() == "many") {
             call.data(R"({"n":1})");
             call.data(R"({"n":2})");
-            server.after(1, [call] {
+            server_.after(1, [call] {
                 call.finish(4);
                 call.reply("{}"); // too late
             });
         }
-        if (call.method() == "exit") server.drop_clients();
+        if (call.method() == "exit") server_.drop_clients();
         // "none" is never answered
     }
 
-    std::thread thread_;
+    UbusServer server_;
+    std::jthread thread_;
 };
-
-inline std::unique_ptr<Wire> connect_wire(const char *path = BUS_PATH) {
-    sockaddr_un address;
-    auto wire = std::make_unique<Wire>(unix_stream(&address, path));
-    EXPECT_EQ(connect(wire->fd(), reinterpret_cast<sockaddr *>(&address), sizeof(address)), 0);
-    return wire;
-}

@@ -1,101 +1,82 @@
 // SPDX-License-Identifier: Apache-2.0
 // The broker against raw connections, byte for byte.
-#include <random>
-
 #include "served_bus.h"
 
 namespace {
 
-std::string number_hex(uint32_t number) {
-    char text[9];
-    snprintf(text, sizeof(text), "%08x", number);
-    return text;
+struct Greeted : Wire {
+    Greeted() : Wire(unix_stream(BUS_PATH, connect)) {
+        std::string hello = receive_message();
+        EXPECT_EQ(hello.replace(4, 4, captured::HELLO, 4, 4), captured::HELLO);
+    }
+};
+
+// The bytes of some traffic with another id in place of the captured object's.
+std::string with_id(std::string bytes, const std::string &id) {
+    for (size_t at = 0; (at = bytes.find("75fcccf2"_hex, at)) != std::string::npos; at += 4)
+        bytes.replace(at, 4, id);
+    return bytes;
 }
 
-std::string replaced(std::string text, const std::string &from, const std::string &to) {
-    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
+// The object's id, after the rest of the answers was compared with the captured ones.
+std::string look_up(const Wire &wire) {
+    wire.send(captured::LOOKUP);
+    std::string data = wire.receive_message(), expected = captured::LOOKUP_DATA;
+    std::string id = data.substr(32, 4);
+    EXPECT_GE(id, "00000400"_hex);
+    expected.replace(40, 4, data, 40, 4); // the type's id
+    EXPECT_EQ(data, with_id(expected, id));
+    wire.expect(captured::LOOKUP_STATUS);
+    return id;
 }
 
-// Captured traffic with this run's object id.
-std::string with_id(const std::string &hex, uint32_t id) {
-    return replaced(hex, number_hex(captured::OBJECT_ID), number_hex(id));
-}
-
-std::unique_ptr<Wire> greeted() {
-    auto wire = connect_wire();
-    std::string hello = to_hex(wire->receive(12));
-    EXPECT_EQ(hello.substr(0, 9), "00000000 ");
-    EXPECT_EQ(hello.substr(17), " 00000004");
-    return wire;
-}
-
-TEST(UbusServer, SpeaksTheCapturedSession) {
+TEST(UbusServer, AnswersEachRequest) {
     ServedBus bus;
-    uint32_t id = bus.id("own.demo");
-    ASSERT_GE(id, 1024U);
-    auto wire = greeted();
-    wire->send_hex(captured::LOOKUP);
-    std::string expected = to_hex(from_hex(with_id(captured::LOOKUP_DATA, id)));
-    std::string data = to_hex(wire->receive_message());
-    size_t type = expected.find(number_hex(captured::TYPE_ID));
-    EXPECT_EQ(data.replace(type, 8, "b6fdd90c"), expected);
-    wire->expect_hex(captured::LOOKUP_STATUS);
-    wire->send_hex(with_id(captured::INVOKE_ECHO, id));
-    // What went through JSON lost its 16-bit integer (86 00 00 0a, 2 bytes) to a 32-bit one.
-    std::string echo = with_id(captured::ECHO_DATA, id);
-    echo = replaced(echo, "8600000a 00017700 02010000", "8500000c 00017700 00000201");
-    wire->expect_hex(echo);
-    wire->expect_hex(with_id(captured::ECHO_STATUS, id));
-    wire->send_hex(captured::LOOKUP_UNKNOWN);
-    wire->expect_hex(captured::UNKNOWN_STATUS);
-    wire->send_hex("00050006 0000004d 00000014 03000008 0000004d 04000006 6d000000");
-    wire->expect_hex(captured::NO_OBJECT_STATUS);
-}
-
-TEST(UbusServer, AnswersEachRequestWithItsStatus) {
-    ServedBus bus;
-    std::string id = number_hex(bus.id("own.demo"));
-    struct Row {
+    // What went through JSON lost its 16-bit integer to a 32-bit one of the same length.
+    std::string echo = captured::ECHO_DATA + captured::ECHO_STATUS;
+    echo.replace(echo.find("8600000a"_hex), 12, "8500000c 00017700 00000201"_hex);
+    const std::string failed = "00010009 00000000 0000000c 01000008 000000"_hex;
+    const std::string owner_failed = "00010009 75fcccf2 00000014 01000008 000000"_hex;
+    const struct {
         const char *what;
-        std::string request, answer; // the answer's whole text
+        std::string request, answer;
+    } rows[] = {
+        {"call", captured::INVOKE_ECHO, echo},
+        {"lookup of an unknown object", captured::LOOKUP_UNKNOWN, captured::UNKNOWN_STATUS},
+        {"lookup of nothing", "00040009 00000000 0000000c 02000005 00000000"_hex, failed + '\2'},
+        {"unknown object", "00050006 0000004d 00000014 03000008 0000004d 04000006 6d000000"_hex,
+         captured::NO_OBJECT_STATUS},
+        {"ping", "00030009 00000000 00000008 0b000004"_hex,
+         "00020009 00000000 00000008 0b000004"_hex + failed + '\0'},
+        {"another version is not looked at", "ff030009 00000000 00000004"_hex,
+         "00020009 00000000 00000004"_hex + failed + '\0'},
+        {"unknown type", "00ff0009 00000000 00000004"_hex, failed + '\1'},
+        {"no id", "00050009 00000000 0000000c 04000006 6d000000"_hex, failed + '\2'},
+        {"no method", "00050009 00000000 0000000c 03000008 75fcccf2"_hex, failed + '\2'},
+        {"unknown method", "00050009 75fcccf2 00000018 03000008 75fcccf2 04000006 6d000000 07000004"_hex,
+         owner_failed + "03 03000008 75fcccf2"_hex},
+        {"no data", "00050009 75fcccf2 00000018 03000008 75fcccf2 04000009 6563686f 00000000"_hex,
+         owner_failed + "02 03000008 75fcccf2"_hex},
     };
-    const std::string failed = "0001 0009 00000000 0000000c 01000008 0000000";
-    const std::string owner_failed = "0001 0009" + id + "00000014 01000008 0000000";
-    const Row rows[] = {
-        {"ping", "0003 0009 00000000 00000008 0b000004",
-         "0002 0009 00000000 00000008 0b000004" + failed + "0"},
-        {"unknown type", "00ff 0009 00000000 00000004", failed + "1"},
-        {"another version is not looked at", "ff03 0009 00000000 00000004",
-         "0002 0009 00000000 00000004" + failed + "0"},
-        {"lookup of nothing", "0004 0009 00000000 0000000c 02000005 00000000", failed + "2"},
-        {"invoke without id", "0005 0009 00000000 0000000c 04000006 6d000000", failed + "2"},
-        {"invoke without method", "0005 0009 00000000 0000000c 03000008" + id, failed + "2"},
-        {"unknown method", "0005 0009" + id + "00000018 03000008" + id + "04000006 6d000000 07000004",
-         owner_failed + "3 03000008" + id},
-        {"echo without data", "0005 0009" + id + "00000018 03000008" + id + "04000009 6563686f 00000000",
-         owner_failed + "2 03000008" + id},
-    };
-    for (const Row &row : rows) {
+    Greeted wire;
+    const std::string id = look_up(wire);
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
-        auto wire = greeted();
-        wire->send_hex(row.request);
-        wire->expect_hex(row.answer);
+        wire.send(with_id(row.request, id));
+        wire.expect(with_id(row.answer, id));
     }
 }
 
 TEST(UbusServer, ListsSorted) {
     ServedBus bus;
-    const std::pair<const char *, const char *> rows[] = {
-        {"0004 0001 00000000 00000004", "own.anything own.demo \x7fsorts.last "},
-        {"0004 0001 00000000 00000010 0200000b 6f776e2e 642a0000", "own.demo "}}; // "own.d*"
-    for (auto [request, paths] : rows) {
-        auto wire = greeted();
-        wire->send_hex(request);
-        std::string found;
-        for (std::string message = wire->receive_message(); message.size() > 16 && message[1] == 2;
-             message = wire->receive_message())
+    const std::pair<std::string, const char *> rows[] = {
+        {"00040001 00000000 00000004"_hex, "own.any own.demo \x7fsorts.last "},
+        {"00040001 00000000 00000010 0200000b 6f776e2e 642a0000"_hex, "own.demo "}}; // "own.d*"
+    Greeted wire;
+    for (const auto &[request, paths] : rows) {
+        wire.send(request);
+        std::string found, message;
+        while ((message = wire.receive_message()).size() > 20) // until the status
             found += std::string(message.c_str() + 16) + " ";
         EXPECT_EQ(found, paths);
     }
@@ -103,13 +84,12 @@ TEST(UbusServer, ListsSorted) {
 
 TEST(UbusServer, ClosesOnFrameErrorsAndServesTheOthers) {
     ServedBus bus;
-    for (const char *frame : {"0003 0001 00000000 00000003", "0003 0001 00000000 00100001"}) {
-        auto bad = greeted();
-        auto good = greeted();
-        bad->send_hex(frame);
-        EXPECT_EQ(bad->receive(1), "") << frame;
-        good->send_hex("0003 0001 00000000 00000004");
-        good->expect_hex("0002 0001 00000000 00000004 0001 0001 00000000 0000000c 01000008 00000000");
+    Greeted good;
+    for (const std::string &frame : {"00030001 00000000 00000003"_hex, "00030001 00000000 00100001"_hex}) {
+        Greeted bad;
+        bad.send(frame);
+        EXPECT_TRUE(bad.drain());
+        look_up(good);
     }
 }
 
@@ -117,41 +97,36 @@ TEST(UbusServer, ClosesOnFrameErrorsAndServesTheOthers) {
 // bounded.
 TEST(UbusServer, DropsMessagesForAClientThatDoesNotRead) {
     ServedBus bus;
-    auto wire = greeted();
+    Greeted wire;
     constexpr int PINGS = 200;
-    std::string ping = from_hex("0003 0001 00000000 00010000") + std::string(65532, 'p');
+    const std::string ping = "00030001 00000000 00010000"_hex + std::string(65532, 'p');
     for (int i = 0; i < PINGS; i++)
-        wire->send(ping);
+        wire.send(ping);
     int data = 0;
     std::string message;
     do {
-        wire->send_hex("0003 0002 00000000 00000004"); // until there is room for its answer again
-        message = wire->receive_message();
+        wire.send("00030002 00000000 00000004"_hex); // until there is room for its answer again
+        message = wire.receive_message();
         data += message.size() == ping.size();
         ASSERT_TRUE(message.size() == ping.size() || message.size() == 20 || message.size() == 12)
             << message.size();
-    } while (message.substr(0, 4) != from_hex("00010002"));
+    } while (message.substr(0, 4) != "00010002"_hex);
     EXPECT_GE(data, 16);
     EXPECT_LT(data, PINGS);
 }
 
 TEST(UbusServer, SurvivesAnyBytes) {
     ServedBus bus;
+    Greeted good;
     std::mt19937 random(99);
-    std::string seed =
-        from_hex(captured::LOOKUP) + from_hex(with_id(captured::INVOKE_ECHO, bus.id("own.demo")));
+    const std::string seed = captured::LOOKUP + with_id(captured::INVOKE_ECHO, look_up(good));
     for (int round = 0; round < 400; round++) {
-        std::string bytes = seed;
-        for (auto flips = random() % 8; flips > 0; flips--)
-            bytes[random() % bytes.size()] = static_cast<char>(random());
-        auto wire = connect_wire();
-        wire->send(bytes);
-        shutdown(wire->fd(), SHUT_WR);
-        wire->await_close();
+        Wire wire(unix_stream(BUS_PATH, connect));
+        wire.send(damaged(seed, random));
+        wire.send_no_more();
+        wire.drain();
     }
-    auto wire = greeted();
-    wire->send_hex(captured::LOOKUP_UNKNOWN);
-    wire->expect_hex(captured::UNKNOWN_STATUS);
+    look_up(good);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client.h"
 
+#include "sim/cloud/signature.h"
 #include <memory>
-#include <openssl/hmac.h>
 
 namespace {
 
@@ -50,13 +50,7 @@ Reply perform(const Call &call) {
 
 std::string signature(const std::string &serial, const std::string &product, const std::string &timestamp,
                       const std::string &secret) {
-    std::string text = serial + "_" + product + "_" + timestamp, hex(40, '0');
-    unsigned char digest[20];
-    HMAC(EVP_sha1(), secret.data(), static_cast<int>(secret.size()),
-         reinterpret_cast<const unsigned char *>(text.data()), text.size(), digest, nullptr);
-    for (std::size_t i = 0; i < sizeof digest; i++)
-        std::snprintf(&hex[2 * i], 3, "%02x", digest[i]);
-    return hex;
+    return cloudsim::hmac_sha1_hex(secret, serial + "_" + product + "_" + timestamp);
 }
 
 Call signed_call(const cloudsim::Cloud &cloud, const char *path, const std::string &members) {

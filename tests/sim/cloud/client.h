@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A libcurl client for the simulated cloud, and signatures made by OpenSSL's own code.
+// A libcurl client for the simulated cloud, and signatures as a device makes them.
 #pragma once
 #include "sim/cloud/cloud.h"
 #include <curl/curl.h>

@@ -1,26 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which requests the simulated cloud takes, and what it says of those that it refuses.
 #include "client.h"
-#include <ctime>
 #include <gmock/gmock.h>
 
 namespace {
 
 using cloudsim::Cloud;
 
-cloudsim::Options known_device() {
-    return {.devices = {{SERIAL, PRODUCT, SECRET}}};
-}
+const cloudsim::Options KNOWN_DEVICE = {.devices = {{SERIAL, PRODUCT, SECRET}}};
 
 TEST(CloudVerdict, SignedJson) {
-    Cloud cloud(known_device());
+    Cloud cloud(KNOWN_DEVICE);
     cloud.start();
-    const std::string sign = signature(SERIAL, PRODUCT, "5");
-    const std::string mine = R"({"sn":"SN0001","productKey":"PRODUCT1","timestamp":5)",
-                      json = "application/json";
-    std::string upper = sign;
-    for (char &c : upper)
-        c = static_cast<char>(std::toupper(c));
+    // RFC 2202 has no text of our form; this digest was computed by Python's hmac module.
+    const std::string sign = "dfa7b26b233677fe352c19402e07c8b686332c2c", json = "application/json";
+    const std::string mine = R"({"sn":"SN0001","productKey":"PRODUCT1","timestamp":1700000000)";
     struct {
         const char *path;
         std::string type, body, sign, verdict;
@@ -28,11 +22,12 @@ TEST(CloudVerdict, SignedJson) {
         {"get-settings", json, mine + "}", sign, "ok"},
         {"get-settings", "text/plain", mine + "}", sign, "Content-Type is not application/json"},
         {"get-settings", json, mine + "}", "", "no sign header"},
-        {"get-settings", json, mine + "}", upper, "wrong signature"},
+        {"get-settings", json, mine + "}", "D" + sign.substr(1), "wrong signature"},
         {"get-settings", json, mine + "}", sign.substr(0, 39), "wrong signature"},
         {"get-settings", json, mine + "}", sign + "0", "wrong signature"},
         {"get-settings", json, mine + "}", signature(SERIAL, PRODUCT, "6"), "wrong signature"},
-        {"get-settings", json, mine + "}", signature(SERIAL, PRODUCT, "5", "other"), "wrong signature"},
+        {"get-settings", json, mine + "}", signature(SERIAL, PRODUCT, "1700000000", "other"),
+         "wrong signature"},
         {"get-settings", json, mine + "} x", sign, "body is not a JSON object"},
         {"get-settings", json, "[]", sign, "body is not a JSON object"},
         {"get-settings", json, R"({"sn":1,"productKey":"PRODUCT1","timestamp":5})", sign, "sn missing"},
@@ -58,17 +53,11 @@ TEST(CloudVerdict, SignedJson) {
         ASSERT_EQ(requests.size(), 1u);
         EXPECT_EQ(requests[0].verdict, c.verdict);
         EXPECT_EQ(requests[0].verified, c.verdict == "ok");
-        EXPECT_EQ(requests[0].body, c.body);
     }
 }
 
-// RFC 2202 has no text of our form; this digest was computed by Python's hmac module.
-TEST(CloudVerdict, KnownSignature) {
-    EXPECT_EQ(signature("SN0001", "PRODUCT1", "1700000000"), "dfa7b26b233677fe352c19402e07c8b686332c2c");
-}
-
 TEST(CloudVerdict, ConfigUpload) {
-    Cloud cloud(known_device());
+    Cloud cloud(KNOWN_DEVICE);
     cloud.start();
     const std::string sign = "sign: " + signature(SERIAL, PRODUCT, "7");
     struct {

@@ -5,9 +5,9 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -37,9 +37,7 @@ Broker::Broker(const std::string &folder, int tcp_port, const std::string &extra
     std::filesystem::create_directories(folder);
     std::string text = "user root\nallow_anonymous true\nlog_dest none\nlistener 0 " + socket_ + "\n";
     if (tcp_port) text += "listener " + std::to_string(tcp_port) + " 127.0.0.1\n";
-    FileHandle file(fopen(config_.c_str(), "w"));
-    if (file) fputs((text + extra).c_str(), file.get());
-    file.reset();
+    std::ofstream(config_) << text << extra;
     start();
 }
 

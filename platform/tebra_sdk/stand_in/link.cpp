@@ -105,8 +105,10 @@ void *Link::body(void *link) {
 void Link::run() {
     unsigned pause = FIRST_PAUSE_MILLIS;
     for (;;) {
+        served_ = false;
         serve();
-        if (up_.exchange(false)) pause = FIRST_PAUSE_MILLIS;
+        up_ = false;
+        if (served_) pause = FIRST_PAUSE_MILLIS;
         pause_millis(scattered(pause));
         pause = std::min(2 * pause, LONGEST_PAUSE_MILLIS);
     }
@@ -118,13 +120,11 @@ void Link::serve() {
     properties.integer(MQTT_PROP_MAXIMUM_PACKET_SIZE, MAX_PACKET_BYTES);
     int result = mosquitto_connect_bind_v5(client_, settings_.host.c_str(), settings_.port,
                                            KEEP_ALIVE_SECONDS, nullptr, properties.get());
-    if (result != MOSQ_ERR_SUCCESS) {
-        LOG("%s:%d cannot be reached: %s", settings_.host.c_str(), settings_.port,
-            mosquitto_strerror(result));
-        return;
-    }
     while (result == MOSQ_ERR_SUCCESS)
         result = mosquitto_loop(client_, LOOP_MILLIS, 1);
+    if (!served_)
+        LOG("%s:%d cannot be reached: %s", settings_.host.c_str(), settings_.port,
+            mosquitto_strerror(result));
 }
 
 void Link::on_connect(mosquitto *, void *link, int reason, int, const mosquitto_property *) {
@@ -167,7 +167,7 @@ void Link::subscribe() {
 void Link::subscribed(int count, const int *granted) {
     if (std::any_of(granted, granted + count, [](int reason) { return reason > 2; }))
         LOG("the broker refuses the subscriptions, the cloud cannot send requests");
-    up_ = true;
+    served_ = up_ = true;
     // Said only now, so that whoever sees the device online can send it requests.
     post("status", online_, true);
     LOG("the link is up");

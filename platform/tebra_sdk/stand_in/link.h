@@ -75,5 +75,6 @@ class Link {
     LinkEvents *const events_;
     mosquitto *client_ = nullptr;
     std::atomic<bool> up_ = false;
+    bool served_ = false; // this connection has been up; the link's thread alone
     std::atomic<int> unconfirmed_ = 0;
 };

@@ -4,8 +4,11 @@
 // needs a second thought takes the way over the text.
 #include "core/bus_reply.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
+
+#include <json-c/linkhash.h>
 
 #include "core/bus_library.h"
 
@@ -13,7 +16,8 @@ namespace bus {
 
 namespace {
 
-constexpr int DEPTH_MAX = 8; // of what is turned directly, well below the parser's own bound
+constexpr int MEMBERS_MAX = 256; // that a table is made for before they are known to be good
+constexpr int DEPTH_MAX = 8;     // of what is turned directly, well below the parser's own bound
 
 struct FreeText {
     void operator()(char *text) const { free(text); }
@@ -26,6 +30,20 @@ JsonRoot by_text(blob_attr *message) {
 
 bool add_members(json_object *container, blob_attr *message, int depth);
 
+// An object for the members of `message`. Its hash table gets its size at once: to grow a few times on the
+// way takes longer than to fill it.
+json_object *new_object(blob_attr *message) {
+    json_object *object = json_object_new_object();
+    if (object == nullptr) return nullptr;
+    int members = 0;
+    blob_attr *attribute = nullptr;
+    size_t left = 0;
+    blobmsg_for_each_attr(attribute, message, left) members++;
+    if (members > JSON_OBJECT_DEF_HASH_ENTRIES / 2)
+        lh_table_resize(json_object_get_object(object), 2 * std::min(members, MEMBERS_MAX));
+    return object;
+}
+
 bool nested(json_object *created, blob_attr *attribute, int depth, JsonRoot *value) {
     value->reset(created);
     return created != nullptr && depth < DEPTH_MAX && add_members(created, attribute, depth + 1);
@@ -35,7 +53,7 @@ bool nested(json_object *created, blob_attr *attribute, int depth, JsonRoot *val
 bool convert(blob_attr *attribute, int depth, JsonRoot *value) {
     switch (blobmsg_type(attribute)) {
     case BLOBMSG_TYPE_TABLE:
-        return nested(json_object_new_object(), attribute, depth, value);
+        return nested(new_object(attribute), attribute, depth, value);
     case BLOBMSG_TYPE_ARRAY:
         return nested(json_object_new_array(), attribute, depth, value);
     case BLOBMSG_TYPE_STRING:
@@ -81,7 +99,7 @@ bool add_members(json_object *container, blob_attr *message, int depth) {
 } // namespace
 
 JsonRoot reply_document(blob_attr *message) {
-    JsonRoot document(blob_is_extended(message) ? nullptr : json_object_new_object());
+    JsonRoot document(blob_is_extended(message) ? nullptr : new_object(message));
     if (document && add_members(document.get(), message, 0)) return document;
     return by_text(message);
 }

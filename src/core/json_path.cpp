@@ -14,6 +14,8 @@ constexpr size_t PATH_BUFFER = 240;
 // Calls step(name) for each component of the path until it returns false; false then.
 template <class Step>
 bool walk(const char *path, Step step) {
+    if (path != nullptr && *path != '\0' && strpbrk(path, ".") == nullptr && strlen(path) < PATH_BUFFER)
+        return step(path); // most have one
     char names[PATH_BUFFER];
     copy_text(names, path);
     char *rest = nullptr;

@@ -197,9 +197,3 @@ char *blobmsg_format_json_with_cb(blob_attr *attr, bool list, blobmsg_json_forma
         formatter.attribute(attr, true);
     return formatter.release();
 }
-
-char *blobmsg_format_json_value_with_cb(blob_attr *attr, blobmsg_json_format_t cb, void *priv, int indent) {
-    Formatter formatter(cb, priv, indent);
-    formatter.attribute(attr, false);
-    return formatter.release();
-}

@@ -102,7 +102,3 @@ bool blobmsg_add_object(blob_buf *b, json_object *obj) {
 bool blobmsg_add_json_from_string(blob_buf *b, const char *str) {
     return str && add_document(b, json_tokener_parse(str));
 }
-
-bool blobmsg_add_json_from_file(blob_buf *b, const char *file) {
-    return file && add_document(b, json_object_from_file(file));
-}

@@ -104,10 +104,6 @@ void ubus_complete_request_async(ubus_context *ctx, ubus_request *req) {
     if (list_empty(&req->list) && !req->status_msg) list_add_tail(&req->list, &ctx->requests);
 }
 
-void ubus_abort_request(ubus_context *, ubus_request *req) {
-    if (!list_empty(&req->list)) list_del_init(&req->list);
-}
-
 void ubus_flush_requests(ubus_context *ctx) {
     end_all(ctx, UBUS_STATUS_TIMEOUT);
 }

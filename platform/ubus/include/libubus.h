@@ -90,8 +90,6 @@ int ubus_invoke_async_fd(struct ubus_context *ctx, uint32_t obj, const char *met
 int ubus_complete_request(struct ubus_context *ctx, struct ubus_request *req, int timeout);
 /* Lets the request end whenever the connection is served. */
 void ubus_complete_request_async(struct ubus_context *ctx, struct ubus_request *req);
-/* Forgets the request; its answer is dropped. */
-void ubus_abort_request(struct ubus_context *ctx, struct ubus_request *req);
 /* Ends all open requests with TIMEOUT. */
 void ubus_flush_requests(struct ubus_context *ctx);
 

@@ -112,8 +112,3 @@ blob_attr *blob_memdup(const blob_attr *attr) {
         memcpy(copy, attr, blob_raw_len(attr) < sizeof(blob_attr) ? sizeof(blob_attr) : blob_raw_len(attr));
     return copy;
 }
-
-bool blob_attr_equal(const blob_attr *a1, const blob_attr *a2) {
-    if (!a1 || !a2) return a1 == a2;
-    return blob_raw_len(a1) == blob_raw_len(a2) && memcmp(a1, a2, blob_raw_len(a1)) == 0;
-}

@@ -1,8 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cerrno>
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
 #include <sys/types.h>
 
 extern "C" {
@@ -45,28 +41,6 @@ bool value_fits_type(int type, const char *value, size_t length) {
     }
 }
 
-bool policy_takes(const blobmsg_policy &policy, const blob_attr *attr) {
-    int type = blobmsg_type(attr);
-    switch (static_cast<int>(policy.type)) {
-    case BLOBMSG_TYPE_UNSPEC:
-        return true;
-    case BLOBMSG_CAST_INT64:
-        return type == BLOBMSG_TYPE_INT8 || type == BLOBMSG_TYPE_INT16 || type == BLOBMSG_TYPE_INT32 ||
-               type == BLOBMSG_TYPE_INT64;
-    default:
-        return type == static_cast<int>(policy.type);
-    }
-}
-
-bool policy_names(const blobmsg_policy &policy, const blob_attr *attr) {
-    return policy.name && blob_is_extended(attr) && strcmp(policy.name, blobmsg_name(attr)) == 0;
-}
-
-void clear_table(blob_attr **tb, int policy_len) {
-    for (int i = 0; i < policy_len; i++)
-        tb[i] = nullptr;
-}
-
 // Adds an attribute with the name filled in and returns it.
 blob_attr *new_named(blob_buf *buf, int type, const char *name, size_t value_length) {
     if (!name) name = "";
@@ -98,71 +72,12 @@ bool blobmsg_check_attr(const blob_attr *attr, bool name) {
     return blobmsg_check_attr_len(attr, name, blob_raw_len(attr));
 }
 
-int blobmsg_check_array(const blob_attr *attr, int type) {
-    if (!attr || blobmsg_type(attr) != BLOBMSG_TYPE_ARRAY || !blobmsg_check_attr(attr, false)) return -1;
-    int count = 0;
-    blob_attr *element;
-    size_t rem;
-    blobmsg_for_each_attr(element, attr, rem) {
-        if (!blobmsg_check_attr_len(element, false, rem)) return -1;
-        if (type != BLOBMSG_TYPE_UNSPEC && blobmsg_type(element) != type) return -1;
-        count++;
-    }
-    return count;
-}
-
-int blobmsg_parse(const blobmsg_policy *policy, int policy_len, blob_attr **tb, void *data,
-                  unsigned int len) {
-    clear_table(tb, policy_len);
-    if (!data || len == 0) return -EINVAL;
-    blob_attr *attr;
-    size_t rem;
-    __blob_for_each(attr, data, len, rem) {
-        if (!blobmsg_check_attr_len(attr, false, rem)) return -1;
-        for (int i = 0; i < policy_len; i++) {
-            if (!tb[i] && policy_names(policy[i], attr) && policy_takes(policy[i], attr)) {
-                tb[i] = attr;
-                break;
-            }
-        }
-    }
-    return 0;
-}
-
-int blobmsg_parse_array(const blobmsg_policy *policy, int policy_len, blob_attr **tb, void *data,
-                        unsigned int len) {
-    clear_table(tb, policy_len);
-    if (!data || len == 0) return -EINVAL;
-    int i = 0;
-    blob_attr *attr;
-    size_t rem;
-    __blob_for_each(attr, data, len, rem) {
-        if (i >= policy_len) break;
-        if (!blobmsg_check_attr_len(attr, false, rem)) return -1;
-        if (policy_takes(policy[i], attr)) tb[i] = attr;
-        i++;
-    }
-    return 0;
-}
-
 int blobmsg_add_field(blob_buf *buf, int type, const char *name, const void *data, unsigned int len) {
     if (type < 0 || type > BLOBMSG_TYPE_LAST) return -1;
     blob_attr *attr = new_named(buf, type, name, len);
     if (!attr) return -1;
     if (len > 0) memcpy(blobmsg_data(attr), data, len);
     return 0;
-}
-
-int blobmsg_printf(blob_buf *buf, const char *name, const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    char *text = nullptr;
-    int length = vasprintf(&text, format, arguments);
-    va_end(arguments);
-    if (length < 0) return -1;
-    int ret = blobmsg_add_field(buf, BLOBMSG_TYPE_STRING, name, text, static_cast<unsigned>(length) + 1);
-    free(text);
-    return ret;
 }
 
 void *blobmsg_open_nested(blob_buf *buf, const char *name, bool array) {

@@ -140,7 +140,6 @@ void *blob_nest_start(struct blob_buf *buf, int id);
 void blob_nest_end(struct blob_buf *buf, void *cookie);
 /* A copy for free(), or NULL. */
 struct blob_attr *blob_memdup(const struct blob_attr *attr);
-bool blob_attr_equal(const struct blob_attr *a1, const struct blob_attr *a2);
 
 static inline struct blob_attr *blob_put_string(struct blob_buf *buf, int id, const char *text) {
     return blob_put(buf, id, text, (unsigned int)strlen(text) + 1);

@@ -3,8 +3,8 @@
  * the length of the name, the name, its NUL, and padding.
  *
  * Adding functions return 0, or -1 with the message as it was. A null name is the empty name of array
- * elements. The getters check neither type nor length: use blobmsg_parse, or blobmsg_check_attr, on what
- * comes from outside. */
+ * elements. The getters check neither type nor length: use blobmsg_check_attr on what comes from
+ * outside. */
 #ifndef LIBUBOX_BLOBMSG_H
 #define LIBUBOX_BLOBMSG_H
 
@@ -26,18 +26,12 @@ enum blobmsg_type {
     BLOBMSG_TYPE_DOUBLE,
     __BLOBMSG_TYPE_LAST,
     BLOBMSG_TYPE_LAST = __BLOBMSG_TYPE_LAST - 1,
-    BLOBMSG_CAST_INT64 = __BLOBMSG_TYPE_LAST
 };
 
 struct blobmsg_hdr {
     uint16_t namelen;
     uint8_t name[];
 } __packed;
-
-struct blobmsg_policy {
-    const char *name;
-    enum blobmsg_type type;
-};
 
 static inline size_t blobmsg_hdrlen(unsigned int namelen) {
     return BLOBMSG_PADDING(sizeof(struct blobmsg_hdr) + namelen + 1);
@@ -76,21 +70,7 @@ static inline size_t blobmsg_len(const struct blob_attr *attr) {
 bool blobmsg_check_attr(const struct blob_attr *attr, bool name);
 /* The same for an attribute of which only `len` bytes may be read. */
 bool blobmsg_check_attr_len(const struct blob_attr *attr, bool name, size_t len);
-/* The number of elements of an array, -1 if one is invalid or not of this type (UNSPEC: any). */
-int blobmsg_check_array(const struct blob_attr *attr, int type);
-
-/* Finds the policy's members in `len` bytes of attributes; tb has a place for each, NULL where it is absent
- * or has another type. 0; -EINVAL for no data; -1 at the first invalid attribute, with tb holding what was
- * found before it. */
-int blobmsg_parse(const struct blobmsg_policy *policy, int policy_len, struct blob_attr **tb, void *data,
-                  unsigned int len);
-/* The same for the elements of an array, by position. */
-int blobmsg_parse_array(const struct blobmsg_policy *policy, int policy_len, struct blob_attr **tb,
-                        void *data, unsigned int len);
-
 int blobmsg_add_field(struct blob_buf *buf, int type, const char *name, const void *data, unsigned int len);
-int blobmsg_printf(struct blob_buf *buf, const char *name, const char *format, ...)
-    __attribute__((format(printf, 3, 4)));
 /* Opens a table or an array; the cookie for closing it, or NULL. */
 void *blobmsg_open_nested(struct blob_buf *buf, const char *name, bool array);
 
@@ -188,23 +168,7 @@ static inline char *blobmsg_get_string(struct blob_attr *attr) {
     return (char *)blobmsg_data(attr);
 }
 
-/* An integer of any width, 0 for other types. */
-static inline uint64_t blobmsg_cast_u64(struct blob_attr *attr) {
-    switch (blobmsg_type(attr)) {
-    case BLOBMSG_TYPE_INT8:
-        return blobmsg_get_u8(attr);
-    case BLOBMSG_TYPE_INT16:
-        return blobmsg_get_u16(attr);
-    case BLOBMSG_TYPE_INT32:
-        return blobmsg_get_u32(attr);
-    case BLOBMSG_TYPE_INT64:
-        return blobmsg_get_u64(attr);
-    default:
-        return 0;
-    }
-}
-
-/* The same with its sign. */
+/* An integer of any width with its sign, 0 for other types. */
 static inline int64_t blobmsg_cast_s64(struct blob_attr *attr) {
     switch (blobmsg_type(attr)) {
     case BLOBMSG_TYPE_INT8:

@@ -11,7 +11,6 @@ struct json_object;
 bool blobmsg_add_object(struct blob_buf *b, struct json_object *obj); /* the members of an object */
 bool blobmsg_add_json_element(struct blob_buf *b, const char *name, struct json_object *obj);
 bool blobmsg_add_json_from_string(struct blob_buf *b, const char *str); /* only an object is taken */
-bool blobmsg_add_json_from_file(struct blob_buf *b, const char *file);
 
 /* Asked for the text of each attribute first; NULL leaves it to the formatter. The text is copied. */
 typedef const char *(*blobmsg_json_format_t)(void *priv, struct blob_attr *attr);
@@ -21,10 +20,6 @@ typedef const char *(*blobmsg_json_format_t)(void *priv, struct blob_attr *attr)
  * message. */
 char *blobmsg_format_json_with_cb(struct blob_attr *attr, bool list, blobmsg_json_format_t cb, void *priv,
                                   int indent);
-/* The value without its name. */
-char *blobmsg_format_json_value_with_cb(struct blob_attr *attr, blobmsg_json_format_t cb, void *priv,
-                                        int indent);
-
 /* NOLINTBEGIN(modernize-use-nullptr): C as well */
 static inline char *blobmsg_format_json(struct blob_attr *attr, bool list) {
     return blobmsg_format_json_with_cb(attr, list, NULL, NULL, -1);
@@ -32,14 +27,6 @@ static inline char *blobmsg_format_json(struct blob_attr *attr, bool list) {
 
 static inline char *blobmsg_format_json_indent(struct blob_attr *attr, bool list, int indent) {
     return blobmsg_format_json_with_cb(attr, list, NULL, NULL, indent);
-}
-
-static inline char *blobmsg_format_json_value(struct blob_attr *attr) {
-    return blobmsg_format_json_value_with_cb(attr, NULL, NULL, -1);
-}
-
-static inline char *blobmsg_format_json_value_indent(struct blob_attr *attr, int indent) {
-    return blobmsg_format_json_value_with_cb(attr, NULL, NULL, indent);
 }
 
 /* NOLINTEND(modernize-use-nullptr) */

@@ -11,7 +11,7 @@
 #include "core/log.h"
 #include "core/registration.h"
 #include "core/text.h"
-#include "https/event_catcher.h"
+#include "support/event_catcher.h"
 #include "support/main_log.h"
 #include "support/recording_sdk.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-#include "https/event_catcher.h"
 #include "sim/router/router.h"
+#include "support/event_catcher.h"
 #include "support/main_log.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"

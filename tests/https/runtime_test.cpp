@@ -9,7 +9,7 @@
 #include "core/handles.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
-#include "https/event_catcher.h"
+#include "support/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
 #include "support/text_file.h"

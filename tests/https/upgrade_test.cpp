@@ -14,8 +14,8 @@
 #include "core/log.h"
 #include "https/cloud_rig.h"
 #include "https/curl_spy.h"
-#include "https/event_catcher.h"
 #include "https/requests.h"
+#include "support/event_catcher.h"
 #include "support/moving_clock.h"
 
 namespace {

@@ -8,9 +8,9 @@
 
 #include "core/clock.h"
 #include "core/text.h"
-#include "https/event_catcher.h"
 #include "https/helper_stub.h"
 #include "https/runtime.h"
+#include "support/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
 

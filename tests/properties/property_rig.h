@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cloud/tables.h"
-#include "https/event_catcher.h"
+#include "support/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"
 #include "support/router_rig.h"

@@ -2,7 +2,6 @@
 // A client of the bus that calls as any program of the device would, and the steps of a table.
 #pragma once
 
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -10,11 +9,9 @@
 #include <gmock/gmock.h>
 #include <libubus.h>
 #undef fallthrough
-extern "C" {
-#include <libubox/blobmsg_json.h>
-}
 
 #include "sim/router/router.h"
+#include "support/blob_buffer.h"
 
 inline constexpr char DONE[] = R"({"result":"0"})";
 
@@ -47,11 +44,8 @@ class BusCaller {
         const uint32_t target = id(words.object);
         std::string reply;
         if (target == 0) return reply;
-        blob_buf buffer{};
-        blob_buf_init(&buffer, 0);
-        EXPECT_TRUE(blobmsg_add_json_from_string(&buffer, words.arguments.c_str())) << line;
-        status = ubus_invoke(context, target, words.method.c_str(), buffer.head, keep, &reply, limit_millis);
-        blob_buf_free(&buffer);
+        const Buffer message(words.arguments);
+        status = ubus_invoke(context, target, words.method.c_str(), message.head, keep, &reply, limit_millis);
         return reply;
     }
 
@@ -59,9 +53,7 @@ class BusCaller {
 
   private:
     static void keep(ubus_request *request, int, blob_attr *message) {
-        char *text = blobmsg_format_json(message, true);
-        *static_cast<std::string *>(request->priv) = text;
-        free(text);
+        *static_cast<std::string *>(request->priv) = take(blobmsg_format_json(message, true));
     }
 
     ubus_context *context;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The threads that apply schedules: each its own request, last entry first, two seconds apart.
 #include <algorithm>
+#include <atomic>
+#include <memory>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -60,25 +62,34 @@ TEST(Appliers, WalkTheListBackwards) {
     }
 }
 
-// They share nothing but the daemon's task: whole entries, each run in its own order.
-TEST(Appliers, OfTwoSetsAtOnce) {
+// Two sets at once, or one while the other's entries are being applied. They share nothing but the daemon's
+// task: whole entries, each run in its own order.
+TEST(Appliers, OfTwoSetsDoNotMeet) {
     constexpr int ENTRIES = 40;
     for (const Kind &kind : KINDS) {
-        PropertyRig rig(with_task(kind));
-        char reply[8];
-        std::vector<std::jthread> sets;
-        for (const int r : {1, 2})
-            sets.emplace_back([&, r] {
+        for (const bool later : {false, true}) {
+            PropertyRig rig(with_task(kind));
+            const auto send = [&kind](int r) {
+                char reply[8];
                 row(kind.property).set("wan0", request(kind, r, ENTRIES).c_str(), reply, sizeof reply);
+            };
+            if (later)
+                moving_clock::on_pause([send, once = std::make_shared<std::atomic<bool>>(true)](auto) {
+                    if (once->exchange(false)) send(2);
+                });
+            {
+                std::jthread first(send, 1);
+                if (!later) send(2);
+            }
+            ASSERT_TRUE(moving_clock::wait_for_pauses(2 * ENTRIES));
+            Texts writes = rig.writes(), runs = backwards(kind, 1, ENTRIES),
+                  second = backwards(kind, 2, ENTRIES);
+            runs.insert(runs.end(), second.begin(), second.end());
+            std::stable_partition(writes.begin(), writes.end(), [&](const std::string &write) {
+                return std::count(second.begin(), second.end(), write) == 0;
             });
-        sets.clear();
-        ASSERT_TRUE(moving_clock::wait_for_pauses(2 * ENTRIES));
-        Texts writes = rig.writes(), runs = backwards(kind, 1, ENTRIES), second = backwards(kind, 2, ENTRIES);
-        runs.insert(runs.end(), second.begin(), second.end());
-        std::stable_partition(writes.begin(), writes.end(), [&](const std::string &write) {
-            return std::count(second.begin(), second.end(), write) == 0;
-        });
-        EXPECT_EQ(writes, runs);
+            EXPECT_EQ(writes, runs);
+        }
     }
 }
 

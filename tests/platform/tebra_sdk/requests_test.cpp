@@ -141,7 +141,8 @@ TEST_F(SdkTest, ACallThatIsNeverAnsweredIsGivenUp) {
     setenv("TEBRA_SDK_CALL_SECONDS", "1", 1);
     start();
     EXPECT_EQ(answer("service/later"), R"(408 {"code":408,"data":{},"message":"the device did not answer"})");
-    OpenCall call = open_calls.at(0);
+    ASSERT_TRUE(diary.wait("later"));
+    const OpenCall &call = open_calls.at(0);
     EXPECT_EQ(TEBRA_SDK_Handle_Response(call.handle, call.request, 200, "{}", "later"), -1);
 }
 

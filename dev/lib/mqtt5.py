@@ -61,7 +61,7 @@ class Connection:
 
     def open(self, address, timeout, cafile):
         self.client._connect_timeout = timeout
-        host, port = "localhost", 1883
+        host, port = "127.0.0.1", 1883
         if address.startswith("/"):
             self.client.unix_socket = address
         else:

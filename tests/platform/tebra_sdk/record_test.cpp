@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(, Address, testing::Values("", "127.0.0.1:1883", "[::1]
 TEST_F(SdkTest, TlsIsVerifiedAndCredentialsReachTheBroker) {
     const std::string make =
         "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=localhost "
-        "-addext subjectAltName=DNS:localhost 2>/dev/null ";
+        "-addext subjectAltName=IP:127.0.0.1 2>/dev/null ";
     ASSERT_EQ(system((make + "-keyout /tmp/key.pem -out /tmp/cert.pem").c_str()), 0);
     ASSERT_EQ(system((make + "-keyout /tmp/key2.pem -out /tmp/other.pem").c_str()), 0);
     ASSERT_EQ(system("mosquitto_passwd -b -c /tmp/passwords device word"), 0);
@@ -68,7 +68,7 @@ TEST_F(SdkTest, TlsIsVerifiedAndCredentialsReachTheBroker) {
                               "allow_anonymous false\npassword_file /tmp/passwords\nlistener 8883\n"
                               "certfile /tmp/cert.pem\nkeyfile /tmp/key.pem\n");
     ASSERT_TRUE(secured.running());
-    setenv("TEBRA_SDK_BROKER", "localhost", 1);
+    setenv("TEBRA_SDK_BROKER", "127.0.0.1", 1);
     setenv("TEBRA_SDK_USERNAME", "device", 1);
     setenv("TEBRA_SDK_PASSWORD", "word", 1);
     setenv("TEBRA_SDK_CAFILE", "/tmp/other.pem", 1);

@@ -13,7 +13,8 @@
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
 
-// A row without operations is there to keep the order; the SDK passes its empty slots over.
+// A row without operations is there to keep the order; whether the SDK passes its empty slots over is the
+// SDK's affair, the one over MQTT does.
 const struct property_row property_map[17] = {
     // clang-format off
     // name, init, set, get, connectok_hook, reserved, report

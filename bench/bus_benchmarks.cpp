@@ -5,11 +5,11 @@
 
 #include "bare_bus.h"
 #include "benchmarks.h"
-#include "cloud/tables.h"
+#include "binding/tables.h"
 #include "core/handles.h"
 #include "core/json_path.h"
 #include "core/text.h"
-#include "https/runtime.h"
+#include "devices/runtime.h"
 
 namespace bench {
 

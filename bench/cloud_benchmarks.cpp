@@ -7,12 +7,12 @@
 #include <curl/curl.h>
 
 #include "benchmarks.h"
-#include "cloud/signing.h"
 #include "core/handles.h"
 #include "core/json_path.h"
 #include "core/text.h"
 #include "https/requests.h"
-#include "https/upgrade.h"
+#include "https/signing.h"
+#include "upgrade/https_upgrade.h"
 
 namespace bench {
 

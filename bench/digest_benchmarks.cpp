@@ -7,10 +7,10 @@
 #include <openssl/evp.h>
 
 #include "benchmarks.h"
-#include "cloud/digest.h"
 #include "core/files.h"
 #include "core/handles.h"
-#include "https/upgrade.h"
+#include "digests/digest.h"
+#include "upgrade/https_upgrade.h"
 
 namespace bench {
 

@@ -7,12 +7,12 @@
 #include <sys/socket.h>
 
 #include "benchmarks.h"
-#include "cloud/event_client.h"
-#include "cloud/relay.h"
 #include "core/files.h"
 #include "core/handles.h"
 #include "core/log.h"
 #include "quiet_sdk.h"
+#include "relay/event_client.h"
+#include "relay/relay.h"
 
 namespace bench {
 

@@ -2,8 +2,8 @@
 // The agent's functions against the bare work under them. Wants a routersim on the bus's socket and a
 // cloudsim on 127.0.0.1:11443 (see bench/run.py), and runs in dev/sandbox: it writes the device's logs.
 #include "benchmarks.h"
-#include "cloud/sdk_record.h"
-#include "cloud/tables.h"
+#include "binding/sdk_record.h"
+#include "binding/tables.h"
 #include "core/bus.h"
 #include "core/log.h"
 #include "core/registration.h"

@@ -26,14 +26,41 @@ if(QVTK_SANITIZE)
   add_link_options(-fsanitize=${QVTK_SANITIZE})
 endif()
 
-# qvtk_library(NAME SOURCES... [DEPS...]): a static library of code that runs on the device. Headers are
-# named from the source root ("core/log.h").
-function(qvtk_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPS")
+# qvtk_library(NAME SOURCES... [DEPS...] [SDK]): a room, the static library qvtk_NAME of the folder src/NAME, which runs on
+# the device. Its headers are named from the source root ("core/log.h") and seen only by who names the library: a room's
+# DEPS do not pass on, so an arrow that is not named does not compile. SDK: the room calls the cloud SDK, which the
+# program names, so that tests can name another.
+function(qvtk_library room)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "SDK" "" "SOURCES;DEPS")
+  set(name qvtk_${room})
+  set(headers ${PROJECT_BINARY_DIR}/rooms/${room})
+  file(MAKE_DIRECTORY ${headers})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${headers}/${room} SYMBOLIC)
+
   add_library(${name} STATIC ${arg_SOURCES})
-  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_include_directories(${name} PUBLIC ${headers})
   target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
-  target_link_libraries(${name} PUBLIC ${arg_DEPS})
+  set(rooms ${arg_DEPS})
+  list(FILTER rooms INCLUDE REGEX "^qvtk_")
+  list(FILTER arg_DEPS EXCLUDE REGEX "^qvtk_")
+  target_link_libraries(${name} PUBLIC ${arg_DEPS} PRIVATE ${rooms})
+  if(arg_SDK)
+    target_link_libraries(${name} PUBLIC tebra::contract)
+  endif()
+  set_property(GLOBAL APPEND PROPERTY QVTK_ROOM_HEADERS ${headers})
+  if(NOT QVTK_SANITIZE)
+    qvtk_link_alone(${name} "${arg_SDK}")
+  endif()
+endfunction()
+
+# Links the whole library with what it names and nothing else, so that a symbol of a room above fails the build.
+function(qvtk_link_alone name with_sdk)
+  add_library(${name}_alone SHARED ${PROJECT_SOURCE_DIR}/cmake/alone.cpp)
+  target_link_options(${name}_alone PRIVATE -Wl,--no-undefined -Wl,--no-as-needed)
+  target_link_libraries(${name}_alone PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${name}> qvtk_clock)
+  if(with_sdk)
+    target_link_libraries(${name}_alone PRIVATE tebra::sdk)
+  endif()
 endfunction()
 
 # qvtk_test(NAME SOURCES... [DEPS...] [LABELS...]): a GoogleTest program; every case runs on its own in a fresh
@@ -42,7 +69,7 @@ function(qvtk_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;DEPS;LABELS")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE ${arg_DEPS} GTest::gmock GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE qvtk_all_headers ${arg_DEPS} GTest::gmock GTest::gtest_main)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 60)
   endif()

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "cloud/transfer.h"
 #include "core/handles.h"
+#include "https/transfer.h"
 
 inline constexpr int EXIT_WRONG_USAGE = 2;
 inline constexpr long CONNECT_SECONDS = 15;

@@ -6,9 +6,11 @@
 #include "core/files.h"
 #include "core/json_path.h"
 #include "core/text.h"
+#include "devices/runtime_report.h"
 #include "helper.h"
-#include "https/heads.h"
 #include "https/helper_program.h"
+#include "https/helper_requests.h"
+#include "upgrade/upgrade_report.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "core/text.h"
 #include "helper.h"
-#include "https/heads.h"
+#include "https/helper_requests.h"
 
 namespace {
 

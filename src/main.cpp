@@ -5,21 +5,23 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "cloud/event_client.h"
-#include "cloud/global_config.h"
-#include "cloud/relay.h"
-#include "cloud/sdk_record.h"
+#include "binding/sdk_record.h"
 #include "core/bus.h"
 #include "core/clock.h"
-#include "core/device.h"
+#include "core/global_config.h"
 #include "core/log.h"
 #include "core/registration.h"
+#include "core/signals.h"
+#include "core/storage_file.h"
 #include "core/thread.h"
-#include "https/capture.h"
-#include "https/runtime.h"
+#include "core/wan_status.h"
+#include "devices/runtime.h"
 #include "https/time_control.h"
-#include "https/upgrade.h"
+#include "relay/event_client.h"
+#include "relay/relay.h"
+#include "services/capture.h"
 #include "tebra_sdk.h"
+#include "upgrade/https_upgrade.h"
 
 namespace {
 
@@ -103,6 +105,7 @@ int run() {
         LOG("start sdk fail\n");
         return -1;
     }
+    set_capture_round(capture_round);
     runTime_threadStart();
     http_upgrade_thread_start();
     sleep_for_ever();

@@ -1,24 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "https/requests.h"
 
-#include <cstdio>
 #include <cstring>
 
-#include "cloud/firmware.h"
-#include "cloud/signing.h"
 #include "core/bus.h"
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/registration.h"
 #include "core/text.h"
-#include "https/upgrade.h"
+#include "https/signing.h"
 
 upgrade_request_context upgrade_request;
 
 namespace {
 
 constexpr size_t SHORTEST_ADDRESS = 8; // what is shorter cannot name a server
-constexpr int NOT_STARTED = 1;
 
 template <size_t N>
 void take_address(char (&address)[N], json_object *fota, const char *key, const char *fallback) {
@@ -71,13 +67,4 @@ int curl_post(const char *body, size_t length, ReplyBuffer *reply, const char *a
                           .perform();
     if (result != CURLE_OK) LOG("#http upgrade# curl_easy_perform CURLcode=%d, post=%s\n", result, body);
     return result;
-}
-
-int curl_download_file(const char *address) {
-    int result = fetch_image(address, IMAGE_FILE, ProgressMeter::shown);
-    if (result == FETCH_NO_FILE) {
-        perror("fopen");
-        LOG("#http upgrade# fopen error,path:%s\n", IMAGE_FILE);
-    }
-    return result < 0 ? NOT_STARTED : result;
 }

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "cloud/transfer.h"
+#include "https/transfer.h"
 
 // What requests are made with and what the last check was answered. Written by the upgrade thread only.
 struct upgrade_request_context {
@@ -40,7 +40,3 @@ void load_upgrade_request();
 // The reply buffer, which the caller has zeroed, keeps the last piece of the reply at its start. Returns the
 // libcurl code; 2 when no request was made. Of the upgrade thread.
 int curl_post(const char *body, size_t length, ReplyBuffer *reply, const char *address, long timestamp);
-
-// Loads the address into IMAGE_FILE. The libcurl code; 1 when nothing could be started. Of the upgrade
-// thread.
-int curl_download_file(const char *address);

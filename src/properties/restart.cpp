@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "properties/restart.h"
 
-#include "cloud/event_client.h"
 #include "core/clock.h"
+#include "relay/event_client.h"
 
 void announce_restart(const char *interface_name, int delay) {
     char mac[64] = "";

@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "cloud/event_client.h"
 #include "core/bus.h"
 #include "core/json_path.h"
 #include "core/log.h"
@@ -11,6 +10,7 @@
 #include "properties/radio.h"
 #include "properties/wifi_guest.h"
 #include "properties/wifi_radio.h"
+#include "relay/event_client.h"
 
 namespace {
 

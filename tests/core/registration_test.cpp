@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <tuple>
 
-#include "core/device.h"
+#include "core/wan_status.h"
 #include "support/router_rig.h"
 
 namespace {

@@ -10,9 +10,10 @@
 #include <thread>
 
 #include "core/command.h"
-#include "core/device.h"
 #include "core/files.h"
 #include "core/handles.h"
+#include "core/signals.h"
+#include "core/storage_file.h"
 #include "core/text.h"
 #include "support/main_log.h"
 #include "support/text_file.h"

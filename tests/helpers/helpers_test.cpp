@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "https/cloud_rig.h"
+#include "support/cloud_rig.h"
 #include "support/text_file.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "cloud/global_config.h"
+#include "core/global_config.h"
 #include "core/registration.h"
 #include "core/text.h"
 #include "properties/schedule.h"

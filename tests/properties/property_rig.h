@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cloud/tables.h"
+#include "binding/tables.h"
 #include "support/event_catcher.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "cloud/relay.h"
 #include "properties/property_rig.h"
+#include "relay/relay.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include "cloud/event_client.h"
 #include "core/handles.h"
+#include "relay/event_client.h"
 
 // A socket at the relay's port.
 inline Descriptor take_event_port() {

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/capture.h"
+
+#include <climits>
+#include <cstring>
+#include <mutex>
+#include <unistd.h>
+
+#include "core/command.h"
+#include "core/log.h"
+#include "core/text.h"
+#include "https/helper_program.h"
+
+namespace {
+
+struct CaptureSettings {
+    int time = 0; // seconds left
+    char path[128] = {};
+    char real_url[256] = {};
+};
+
+std::mutex capture_mutex;
+CaptureSettings capture;
+
+// The path becomes part of a command line.
+bool is_plain_word(const char *text) {
+    static constexpr char PLAIN[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/._-+,:@%=";
+    return text[strspn(text, PLAIN)] == '\0';
+}
+
+// Counts down while the file waits. True when it is time to upload it; then `path` names it.
+bool upload_is_due(Text<128> *path) {
+    std::lock_guard lock(capture_mutex);
+    if (capture.real_url[0] == '\0' || access(capture.path, F_OK) != 0) return false;
+    copy_text(path->text, capture.path);
+    if (capture.time == 0) return true;
+    if (capture.time > INT_MIN) capture.time--; // one below 0 never gets there
+    return false;
+}
+
+} // namespace
+
+int set_cap_config(int seconds, const char *path, const char *real_url) {
+    if (path && !is_plain_word(path)) {
+        LOG("path is error");
+        return -1;
+    }
+    std::lock_guard lock(capture_mutex);
+    capture.time = seconds;
+    copy_text(capture.path, path);
+    copy_text(capture.real_url, real_url);
+    return 0;
+}
+
+int get_cap_realurl(char *address, int size) {
+    if (!address || size <= 0) {
+        LOG("param is NULL");
+        return -1;
+    }
+    {
+        std::lock_guard lock(capture_mutex);
+        copy_text(address, static_cast<size_t>(size), capture.real_url);
+    }
+    LOG("real url:%s", address);
+    return 0;
+}
+
+void capture_round() {
+    Text<128> path;
+    if (!upload_is_due(&path)) return;
+    rvxa_run_cmd_ext(format_text<128>("%s %s", PUT_FILE_PROGRAM, path.text).text);
+}

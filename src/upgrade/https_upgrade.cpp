@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "upgrade/https_upgrade.h"
+
+#include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "core/clock.h"
+#include "core/log.h"
+#include "core/text.h"
+#include "core/thread.h"
+#include "https/requests.h"
+#include "upgrade/firmware.h"
+
+std::atomic<int64_t> g_request_interval;
+
+namespace {
+
+constexpr int64_t DEFAULT_INTERVAL = 1800;          // seconds
+constexpr unsigned RETRY_PAUSES[] = {60, 120, 180}; // seconds, before each retry
+constexpr int NOT_STARTED = 1;
+
+enum Progress {
+    PROGRESS_DOWNLOADED = 50,
+    PROGRESS_MISMATCH = -2,
+    PROGRESS_NOT_DOWNLOADED = -3,
+    PROGRESS_REFUSED = -5,
+};
+
+using Reason = Text<256>;
+
+// A line of both logs.
+#define LOG_BOTH(format, ...)                                                                                \
+    do {                                                                                                     \
+        LOG(format, __VA_ARGS__);                                                                            \
+        LOG_UPGRADE(format, __VA_ARGS__);                                                                    \
+    } while (0)
+
+const upgrade_request_context::response_fields &offer() {
+    return upgrade_request.response;
+}
+
+int download() {
+    return offer().url[0] == '\0' ? NOT_STARTED : curl_download_file(offer().url);
+}
+
+int download_with_retries() {
+    int result = download();
+    if (result == 0) return 0;
+    LOG_BOTH("#http upgrade# curl_download_file ret[%d], start retry\n", result);
+    int count = 0;
+    for (unsigned pause : RETRY_PAUSES) {
+        pause_seconds(pause);
+        result = download();
+        if (result == 0) return 0;
+        count++;
+        LOG_BOTH("#http upgrade# curl_download_file ret[%d], retry count[%d]\n", result, count);
+    }
+    LOG_BOTH("#http upgrade# curl_download_file ret[%d], exit retry\n", result);
+    return result;
+}
+
+void give_up(Progress progress, const Reason &reason) {
+    report_upgrade_progress(progress, reason.text);
+    unlink(IMAGE_FILE);
+}
+
+bool has_announced_size() {
+    struct stat image = {};
+    const long local = stat(IMAGE_FILE, &image) == 0 ? image.st_size : -1;
+    if (local == offer().size) return true;
+    LOG("size error, local size:%ld, size:%ld\n", local, static_cast<long>(offer().size));
+    give_up(PROGRESS_MISMATCH,
+            format_text<256>("size error, local size:%ld, size:%ld", local, static_cast<long>(offer().size)));
+    return false;
+}
+
+bool has_announced_digest() {
+    const Text<33> digest = get_file_md5(IMAGE_FILE);
+    LOG("#http upgrade# local file md5:%s, recv md5:%s\n", digest.text, offer().md5);
+    if (same_digest(digest.text, offer().md5)) return true;
+    give_up(PROGRESS_MISMATCH,
+            format_text<256>("MD5 error, local file MD5:%s, recv MD5:%s", digest.text, offer().md5));
+    return false;
+}
+
+void *http_upgrade_proc(void *) {
+    time_t last_check = http_upgrade_start();
+    for (;;) {
+        http_upgrade_round(&last_check);
+        pause_seconds(1);
+    }
+}
+
+} // namespace
+
+Text<33> get_file_md5(const char *path) {
+    return md5_of_file(path);
+}
+
+int curl_download_file(const char *address) {
+    int result = fetch_image(address, IMAGE_FILE, ProgressMeter::shown);
+    if (result == FETCH_NO_FILE) {
+        perror("fopen");
+        LOG("#http upgrade# fopen error,path:%s\n", IMAGE_FILE);
+    }
+    return result < 0 ? NOT_STARTED : result;
+}
+
+void http_upgrading() {
+    delete_upgrade_log();
+    unlink(IMAGE_FILE);
+    int result = download_with_retries();
+    if (result != 0) {
+        give_up(PROGRESS_NOT_DOWNLOADED, format_text<256>("download fail, ret:%d", result));
+        return;
+    }
+    report_upgrade_progress(PROGRESS_DOWNLOADED, "");
+    if (!has_announced_size() || !has_announced_digest()) return;
+
+    log_new_version(offer().version, offer().strategy);
+    result = start_upgrade(IMAGE_INSTALL_FILE);
+    if (result != 0) give_up(PROGRESS_REFUSED, format_text<256>("upgrade fail! ret = %d", result));
+}
+
+void set_http_upgrade_check_interval(long seconds) {
+    g_request_interval = seconds;
+    LOG("#http upgrade# g_request_interval:%ld\n", seconds);
+}
+
+time_t http_upgrade_start() {
+    g_request_interval = DEFAULT_INTERVAL;
+    load_upgrade_request();
+    curl_global_init(CURL_GLOBAL_ALL);
+    return now_seconds() - g_request_interval; // the first check is due at once
+}
+
+void http_upgrade_round(time_t *last_check) {
+    const time_t now = now_seconds();
+    if (now - *last_check < g_request_interval) return;
+    int result = query_upgrade();
+    *last_check = now;
+    if (result == 0 && offer().version[0] != '\0' && offer().url[0] != '\0') http_upgrading();
+}
+
+int http_upgrade_thread_start() {
+    return start_detached(http_upgrade_proc, nullptr) == 0 ? 0 : -1;
+}

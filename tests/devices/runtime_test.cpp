@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "devices/runtime.h"
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include <gmock/gmock.h>
+
+#include "core/handles.h"
+#include "core/text.h"
+#include "devices/online_notice.h"
+#include "support/event_catcher.h"
+#include "support/moving_clock.h"
+#include "support/router_rig.h"
+#include "support/text_file.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char TODAY[] = "/aptmp/client_runTime.log";
+constexpr char LAST_DAY[] = "/aptmp/runTime_oneDay.log";
+
+// One client "tv" in the router's list.
+std::string tv(unsigned number, int uptime) {
+    return format_text<96>(R"({"mac":"02a0c9%06x","devname":"tv","uptime":%d})", number, uptime).text;
+}
+
+class Runtime : public testing::Test {
+  protected:
+    int poll(const std::string &stations) {
+        rig.router.set_state("/vrop.laninfo", "[" + stations + "]");
+        moving_clock::clear_pauses();
+        return check_staList();
+    }
+
+    RouterRig rig;
+    EventCatcher relay{256};
+};
+
+TEST_F(Runtime, FirstPollFillsTheFileAndAnnouncesNobody) {
+    EXPECT_EQ(poll(tv(1, 60) + "," + tv(2, 86401) +
+                   R"(,{"mac":"02a0c9000003","hostname":"own","devname":"","uptime":86400},)"
+                   R"({"mac":"","uptime":5},{"mac":"02a0c9000004"},{"uptime":7},5)"),
+              0);
+    EXPECT_THAT(relay.take(), IsEmpty());
+    EXPECT_EQ(
+        text_of(TODAY),
+        R"([{"mac":"02:A0:C9:00:00:01","name":"tv","runTime":60,"timestamp":1714550402,"onlineNotice":1},)"
+        R"({"mac":"02:A0:C9:00:00:02","name":"tv","runTime":1,"timestamp":1714550402,"onlineNotice":1},)"
+        R"({"mac":"02:A0:C9:00:00:03","name":"own","runTime":86400,"timestamp":1714550402,"onlineNotice":1}])");
+    EXPECT_EQ(std::filesystem::status(TODAY).permissions(), std::filesystem::perms(0666));
+}
+
+TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
+    poll(tv(1, 60));
+    std::ofstream(TODAY)
+        << R"([{"mac":"02A0C9000007","onlineNotice":0},{"mac":"02A0C9000008","onlineNotice":1}])";
+    const std::string stations = tv(7, 1) + R"(,{"mac":"02a0c9000009","devname":"phone \"9\"","uptime":1},)" +
+                                 tv(1, 85) +
+                                 R"(,{"mac":"02a0c9000008","devname":"Anna's / tablet","uptime":3})";
+    poll(stations);
+    EXPECT_THAT(
+        relay.take(),
+        ElementsAre(R"({"action": "deviceConnect", "mac": "02a0c9000008", "devName": "Anna's / tablet", )"
+                    R"("time": 1714550402})",
+                    R"({"action": "deviceConnect", "mac": "02a0c9000009", "devName": "phone \"9\"", )"
+                    R"("time": 1714550404})"));
+    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000, 2000, 2000));
+    poll(stations);
+    EXPECT_THAT(relay.take(), IsEmpty());
+    EXPECT_EQ(online_report(nullptr, "x"), -1);
+    EXPECT_EQ(online_report("x", nullptr), -1);
+}
+
+TEST_F(Runtime, NoticeIsThatOfTheEntryWithThatMac) {
+    EXPECT_EQ(get_device_inform("aa"), 1);
+    EXPECT_TRUE(has_logged("open file:/aptmp/client_runTime.log fail"));
+    std::ofstream(TODAY) << R"([1,null,"x",{"mac":"AA","onlineNotice":0},{"mac":"AA"},{"mac":"BB"},)"
+                            R"({"mac":"cc","onlineNotice":0},{"mac":"DD","onlineNotice":"0"}])";
+    for (const auto &[mac, notice] :
+         {std::pair{"aa", 0}, {"bb", 1}, {"cc", 1}, {"DD", 0}, {"ee", 1}, {"", -1}})
+        EXPECT_EQ(get_device_inform(mac), notice) << mac;
+    EXPECT_EQ(get_device_inform(nullptr), -1);
+}
+
+TEST_F(Runtime, DeparturesCloseTheirEntryLastFirst) {
+    poll(tv(1, 60) + "," + tv(2, 60) + "," + tv(3, 60));
+    std::ofstream(TODAY)
+        << R"([{"mac":"02A0C9000002","name":"b","runTime":100,"timestamp":1714550302,"onlineNotice":0},)"
+           R"({"mac":"02A0C9000003","name":"c","runTime":90000,"timestamp":1714550302},)"
+           R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])";
+    EXPECT_EQ(poll(tv(1, 90)), 0); // 3 goes two seconds after the start, 2 two seconds later
+    EXPECT_EQ(text_of(TODAY),
+              R"([{"mac":"02A0C9000002","name":"b","runTime":202,"timestamp":1714550302,"onlineNotice":0},)"
+              R"({"mac":"02A0C9000003","name":"c","runTime":3700,"timestamp":1714550302},)"
+              R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])");
+    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000));
+    EXPECT_EQ(poll(tv(1, 115)), 0);
+    EXPECT_THAT(moving_clock::pauses(), IsEmpty());
+    EXPECT_EQ(offline_proc(nullptr), -1);
+}
+
+TEST_F(Runtime, ListsOfAnySize) {
+    for (unsigned count : {0, 1, 20, 128, 500}) {
+        clear_backupSta();
+        std::string stations;
+        for (unsigned i = 0; i < count; i++)
+            stations += (i ? "," : "") + tv(i, 100);
+        poll(stations);
+        JsonRoot file(json_tokener_parse(text_of(TODAY).c_str()));
+        ASSERT_TRUE(file);
+        EXPECT_EQ(json_object_array_length(file.get()), std::min(count, 128U));
+        const bool comparable = count <= 20; // with the next poll's list
+        EXPECT_EQ(poll(stations), comparable ? 0 : -1);
+        EXPECT_EQ(has_logged("get backup obj fail"), !comparable);
+        EXPECT_THAT(relay.take(), IsEmpty());
+    }
+}
+
+TEST_F(Runtime, NoListChangesNothing) {
+    poll(tv(1, 60));
+    const std::string before = text_of(TODAY);
+    for (const char *reply :
+         {"{}", "{\"vrop.laninfo\":{}}", "{\"vrop.laninfo\":null}", "{\"vrop.laninfo\":\"x\"}"}) {
+        rig.router.add_fault(
+            {.kind = router::Fault::Kind::Reply, .object = "vrop.laninfo", .reply = reply, .count = 1});
+        EXPECT_EQ(check_staList(), 0);
+    }
+    EXPECT_TRUE(has_logged("get laninfo list fail"));
+    EXPECT_EQ(text_of(TODAY), before);
+    EXPECT_THAT(relay.take(), IsEmpty());
+}
+
+TEST_F(Runtime, BrokenFilesAreLeftAlone) {
+    for (const char *broken : {"", R"([{"mac":"AA","onlineNotice":0},{"ma)", "{}", "null", "\x01\xff", "5"}) {
+        std::ofstream(TODAY) << broken;
+        std::ofstream(LAST_DAY) << broken;
+        runtimeList_update("aa");
+        runtimeList_finalUpdate(3);
+        EXPECT_EQ(text_of(TODAY), broken);
+        EXPECT_EQ(text_of(LAST_DAY), broken);
+        EXPECT_EQ(runtimeList_report(), nullptr);
+        EXPECT_EQ(get_device_inform("aa"), 1);
+    }
+    std::ofstream(TODAY) << R"([1,null,[],{"mac":5},{"runTime":"12","timestamp":1714550400},)"
+                         << R"({"runTime":9223372036854775807,"timestamp":-9223372036854775808}])";
+    runtimeList_finalUpdate(3);
+    EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"5","name":"","runTime":0},{"mac":"","name":"","runTime":12},)"
+                                 R"({"mac":"","name":"","runTime":2305843010928244352}])");
+}
+
+TEST(RuntimePoints, ReportPointsAreSpreadOverTheirRange) {
+    std::set<long> points;
+    for (unsigned seed = 0; seed < 500; seed++)
+        points.insert(sta_status_start(seed).report_point);
+    EXPECT_TRUE(*points.begin() >= 7200 && *points.rbegin() <= 21599 && points.size() > 400);
+}
+
+} // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binding/tables.h"
 
+#include "core/log.h"
 #include "properties/device_info.h"
 #include "properties/device_status.h"
 #include "properties/led_status.h"
@@ -12,6 +13,7 @@
 #include "properties/visitor_wifi.h"
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
+#include "services/service.h"
 
 // A row without operations is there to keep the order; whether the SDK passes its empty slots over is the
 // SDK's affair, the one over MQTT does.
@@ -40,36 +42,50 @@ const struct property_row property_map[17] = {
     // clang-format on
 };
 
+namespace {
+
+// A service whose work is not there yet says so, rather than leave the SDK a null handler.
+template <int row>
+int open_row_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    const Service service = {.name = service_map[row].name};
+    return serve(service, {handle, id, parameters}, [](const ServiceRequest &request) {
+        LOG_AT(request.site, "%s is not there yet", service_map[row].name);
+        return answer_failed();
+    });
+}
+
+} // namespace
+
 const struct service_row service_map[30] = {
     // name, reserved, handler
-    {"tuningWifi"},
-    {"reboot"},
-    {"recovery"},
-    {"checkSignal"},
-    {"checkInterference"},
-    {"updatePwd"},
-    {"monitorSpeed"},
-    {"apMonitorSpeed"},
-    {"allApMonitorSpeed"},
-    {"tuningBackupCfg"},
-    {"cfgReport"},
-    {"relayScan"},
-    {"maxMonitorSpeed"},
-    {"cutUsb"},
-    {"diskCheck"},
-    {"nat"},
-    {"connectCheck"},
-    {"uploadLog"},
-    {"outdiskFormat"},
-    {"channelQuality"},
-    {"portLinkSpeed"},
-    {"rssiQualityCheck"},
-    {"networkCheck"},
-    {"physicsInfo"},
-    {"pingTest"},
-    {"remoteCap"},
-    {"remoteCfgExport"},
-    {"tuningMemory"},
-    {"wirelessInterference"},
+    {"tuningWifi", nullptr, open_row_call<0>},
+    {"reboot", nullptr, open_row_call<1>},
+    {"recovery", nullptr, open_row_call<2>},
+    {"checkSignal", nullptr, open_row_call<3>},
+    {"checkInterference", nullptr, open_row_call<4>},
+    {"updatePwd", nullptr, open_row_call<5>},
+    {"monitorSpeed", nullptr, open_row_call<6>},
+    {"apMonitorSpeed", nullptr, open_row_call<7>},
+    {"allApMonitorSpeed", nullptr, open_row_call<8>},
+    {"tuningBackupCfg", nullptr, open_row_call<9>},
+    {"cfgReport", nullptr, open_row_call<10>},
+    {"relayScan", nullptr, open_row_call<11>},
+    {"maxMonitorSpeed", nullptr, open_row_call<12>},
+    {"cutUsb", nullptr, open_row_call<13>},
+    {"diskCheck", nullptr, open_row_call<14>},
+    {"nat", nullptr, open_row_call<15>},
+    {"connectCheck", nullptr, open_row_call<16>},
+    {"uploadLog", nullptr, open_row_call<17>},
+    {"outdiskFormat", nullptr, open_row_call<18>},
+    {"channelQuality", nullptr, open_row_call<19>},
+    {"portLinkSpeed", nullptr, open_row_call<20>},
+    {"rssiQualityCheck", nullptr, open_row_call<21>},
+    {"networkCheck", nullptr, open_row_call<22>},
+    {"physicsInfo", nullptr, open_row_call<23>},
+    {"pingTest", nullptr, open_row_call<24>},
+    {"remoteCap", nullptr, open_row_call<25>},
+    {"remoteCfgExport", nullptr, open_row_call<26>},
+    {"tuningMemory", nullptr, open_row_call<27>},
+    {"wirelessInterference", nullptr, open_row_call<28>},
     {},
 };

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "core/handles.h"
 #include "core/text.h"
@@ -138,4 +139,21 @@ const char *_json_get_str(json_object *object, const char *key) {
 
 int _json_get_int(json_object *object, const char *key) {
     return json_object_get_int(member_of(object, key));
+}
+
+namespace {
+
+struct TokenerFree {
+    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
+};
+
+} // namespace
+
+JsonRoot JsonParseUtf8(const char *text) {
+    if (text == nullptr) return nullptr;
+    const std::unique_ptr<json_tokener, TokenerFree> tokener(json_tokener_new());
+    if (!tokener) return nullptr;
+    json_tokener_set_flags(tokener.get(), JSON_TOKENER_VALIDATE_UTF8);
+    JsonRoot parsed(json_tokener_parse_ex(tokener.get(), text, -1));
+    return json_tokener_get_error(tokener.get()) == json_tokener_success ? std::move(parsed) : nullptr;
 }

@@ -9,6 +9,8 @@
 
 #include <json-c/json.h>
 
+#include "core/handles.h"
+
 // Readers. A missing path and a null document read alike.
 int JsonGetObj(json_object *document, const char *path,
                json_object **member); // 1 and the (borrowed) member; 0, null
@@ -43,3 +45,7 @@ std::string JsonQuote(const char *text);
 const char *_json_get_str(json_object *object,
                           const char *key);              // "" if missing; a null key: the object's own text
 int _json_get_int(json_object *object, const char *key); // 0 if missing, 32 bits; a null key likewise
+
+// A text as a document, owned by the caller. Null when it is no JSON, is nested too deeply, or is not UTF-8,
+// which the daemon would keep as it is; null also for null.
+JsonRoot JsonParseUtf8(const char *text);

@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 
 #include "core/handles.h"
@@ -36,21 +35,8 @@ const char *document_text(json_object *document, LogSite site) {
     return text;
 }
 
-struct TokenerFree {
-    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
-};
-
-// Null when the text is no JSON, is nested too deeply, or is not UTF-8, which the daemon would keep as it is.
-JsonRoot parse_utf8(const char *text) {
-    const std::unique_ptr<json_tokener, TokenerFree> tokener(json_tokener_new());
-    if (!tokener) return nullptr;
-    json_tokener_set_flags(tokener.get(), JSON_TOKENER_VALIDATE_UTF8);
-    JsonRoot parsed(json_tokener_parse_ex(tokener.get(), text, -1));
-    return json_tokener_get_error(tokener.get()) == json_tokener_success ? std::move(parsed) : nullptr;
-}
-
 JsonRoot parse_request(const Property &property, const char *text, LogSite site) {
-    JsonRoot request = parse_utf8(text);
+    JsonRoot request = JsonParseUtf8(text);
     if (!request) {
         perror(property.parse_tag);
         LOG_AT(site, "%s%s", property.parse_failed, property.parse_failed_shows_request ? text : "");

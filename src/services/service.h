@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// What every service handler does: log its entry, look at the parameters, parse them, work, and answer
+// exactly once under its row's name. A handler describes itself in one Service, its work says what is
+// answered, and the answer is sent here and nowhere else, so that there is never none by accident nor a
+// second.
+//
+// Threads: the SDK calls handlers from several threads at once, the same one too. What a handler's work
+// shares with others it guards itself.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <json-c/json.h>
+
+#include "core/handles.h"
+#include "core/log.h"
+
+// What a handler wants of its parameters. A text that is empty counts as none unless it is said otherwise.
+enum class Parameters {
+    unread,              // not looked at
+    optional,            // none is a call without a request
+    needed,              // none is refused, and so is an empty text
+    needed_may_be_empty, // null is refused; an empty text is a call without a request
+};
+
+struct Service {
+    const char *name;            // in the answer: the row's, where no other is said to be kept
+    const char *entry = nullptr; // the line logged first, as it stands
+    Parameters parameters = Parameters::unread;
+    const char *parse_tag = nullptr;    // what the console says of a text that is not JSON; null: nothing
+    void (*before_parsing)() = nullptr; // runs once there is a text to parse
+    // What becomes of parameters that are missing or cannot be parsed: no answer at all and -1, or 400 "{}"
+    // and -1. With an answer, JSON that is no object counts as unparsable.
+    bool answers_bad_parameters = false;
+};
+
+// The handler's arguments that matter. `parameters` is JSON text or null.
+struct ServiceCall {
+    uint32_t handle;
+    uint32_t id;
+    const char *parameters;
+};
+
+// What the work is given. Log with LOG_AT(request.site, ...), so that the line bears the handler's name.
+struct ServiceRequest {
+    json_object *json; // borrowed; null without a request. Its members are read with core/json_path.h.
+    LogSite site;
+};
+
+// What the handler says and returns.
+struct ServiceAnswer {
+    int code;         // 0: no answer is sent
+    std::string body; // JSON text
+    int result;       // what the handler returns to the SDK
+};
+inline constexpr int SERVICE_OK = 200;
+inline constexpr int SERVICE_FAILED = 400;
+inline constexpr int SERVICE_WRONG_PASSWORD = 402;
+
+ServiceAnswer answer_with(std::string body, int result = 0); // 200
+ServiceAnswer answer_done();                                 // 200 "{}"
+// A failure: 400 unless another code is named.
+ServiceAnswer answer_failed(std::string body = "{}", int result = -1, int code = SERVICE_FAILED);
+ServiceAnswer no_answer(int result = -1);
+
+using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
+
+// One call from entry to answer. Returns what the handler returns. Any thread; blocks while the work does.
+int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site = LogSite::here());
+
+// The parameters' part of serve, for work that does something before it looks at them (Parameters::unread in
+// its Service, the text passed on in what `parameters` names). True, and the request (null for none) in
+// *json; false, after having logged why, for what is refused.
+bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
+                     LogSite site);

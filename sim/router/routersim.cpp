@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "sim/router/faults.h"
+#include "sim/router/hardware.h"
 #include "sim/router/images.h"
 #include "sim/router/listing.h"
 #include "sim/router/router.h"
@@ -86,6 +87,7 @@ int serve(const Options &options) {
     router::Router router(options.patch);
     apply(options, router);
     if (!router::share_images()) fprintf(stderr, "routersim: cannot link the images of /tmp to /aptmp\n");
+    router::make_hardware();
     router.run_clock(true);
     router.start(options.socket);
     printf("routersim: serving %s\n", options.socket.c_str());

@@ -114,6 +114,7 @@ Methods parental_methods();
 Methods rule_methods();
 Methods diagnosis_methods();
 Methods firmware_methods();
+Methods hardware_methods();
 Methods simulation_methods();
 
 // What time does to a subject.

@@ -13,6 +13,9 @@
 #include "properties/visitor_wifi.h"
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
+#include "services/disks.h"
+#include "services/hardware.h"
+#include "services/ports.h"
 #include "services/service.h"
 
 // A row without operations is there to keep the order; whether the SDK passes its empty slots over is the
@@ -72,16 +75,16 @@ const struct service_row service_map[30] = {
     {"relayScan", nullptr, open_row_call<11>},
     {"maxMonitorSpeed", nullptr, open_row_call<12>},
     {"cutUsb", nullptr, open_row_call<13>},
-    {"diskCheck", nullptr, open_row_call<14>},
+    {"diskCheck", nullptr, diskCheck_call},
     {"nat", nullptr, open_row_call<15>},
     {"connectCheck", nullptr, open_row_call<16>},
     {"uploadLog", nullptr, open_row_call<17>},
     {"outdiskFormat", nullptr, open_row_call<18>},
     {"channelQuality", nullptr, open_row_call<19>},
-    {"portLinkSpeed", nullptr, open_row_call<20>},
+    {"portLinkSpeed", nullptr, portLinkSpeed_call},
     {"rssiQualityCheck", nullptr, open_row_call<21>},
     {"networkCheck", nullptr, open_row_call<22>},
-    {"physicsInfo", nullptr, open_row_call<23>},
+    {"physicsInfo", nullptr, physics_info_call},
     {"pingTest", nullptr, open_row_call<24>},
     {"remoteCap", nullptr, open_row_call<25>},
     {"remoteCfgExport", nullptr, open_row_call<26>},

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/disk_space.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <sys/statvfs.h>
+
+#include "core/thread.h"
+
+namespace {
+
+constexpr std::chrono::seconds PATIENCE{2};
+constexpr unsigned long long KIB = 1024;
+
+// Shared by the asker and the thread that may hang; the last of the two frees it.
+struct Question {
+    std::string path;
+    bool answered = false;
+    std::optional<DiskSpace> answer;
+};
+
+std::mutex questions_mutex;
+std::condition_variable answered;
+std::set<std::string> open_paths;
+
+std::optional<DiskSpace> ask(const std::string &path) {
+    struct statvfs disk = {};
+    if (statvfs(path.c_str(), &disk) != 0) return {};
+    const unsigned long long block = disk.f_frsize;
+    return DiskSpace{static_cast<int64_t>(disk.f_blocks * block / KIB),
+                     static_cast<int64_t>(disk.f_bavail * block / KIB)};
+}
+
+void *ask_and_tell(void *argument) {
+    const std::unique_ptr<std::shared_ptr<Question>> question(
+        static_cast<std::shared_ptr<Question> *>(argument));
+    const std::optional<DiskSpace> answer = ask((*question)->path);
+    std::lock_guard lock(questions_mutex);
+    (*question)->answer = answer;
+    (*question)->answered = true;
+    open_paths.erase((*question)->path);
+    answered.notify_all();
+    return nullptr;
+}
+
+} // namespace
+
+std::optional<DiskSpace> disk_space(const std::string &path) {
+    auto question = std::make_shared<Question>();
+    question->path = path;
+    std::unique_lock lock(questions_mutex);
+    if (!open_paths.insert(path).second) return {};
+    auto handed_over = std::make_unique<std::shared_ptr<Question>>(question);
+    if (start_detached(ask_and_tell, handed_over.get()) != 0) {
+        open_paths.erase(path);
+        return {};
+    }
+    (void)handed_over.release();
+    answered.wait_for(lock, PATIENCE, [&] { return question->answered; });
+    return question->answer;
+}

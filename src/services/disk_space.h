@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+// How much room a filesystem has, asked so that a dead disk cannot hold the asker.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+struct DiskSpace {
+    int64_t total, free; // KiB
+};
+
+// Nothing when the path has no filesystem or does not answer within two seconds; as long as an earlier
+// question is still open, the path counts as not answering, so that a dead disk costs one thread and no more.
+// Any thread.
+std::optional<DiskSpace> disk_space(const std::string &path);

@@ -18,7 +18,9 @@ constexpr Field ACCOUNT[] = {required(text("user", 1, 63)), required(text("oldpa
 constexpr Field LED[] = {required(choice("status", "on|off"))};
 constexpr Field MESH[] = {required(flag("enable")), integer("role", 0, 2)};
 constexpr Field IPTV[] = {flag("enable"), any("vlanid"), text("ethport", 0, 7)};
-constexpr Field STORAGE[] = {text("hcdnpath", 1, 127), required(steering(flag("cutusb")))};
+constexpr Field STORAGE[] = {text("hcdnpath", 1, 127), steering(flag("cutusb")),
+                             flag("hcdn_open"),        flag("samba"),
+                             flag("inmemoryop"),       flag("outmemoryop")};
 
 // The texts are Base64; they are compared and kept as they are.
 JsonRoot set_account(World &world, const Request &request) {
@@ -64,7 +66,7 @@ constexpr Method ROWS[] = {
     {"vrop.iptv", "get", {}, show, "set-top-box port: enable, vlanid, ethport"},
     {"vrop.iptv", "set", IPTV, store, "change it"},
     {"vrop.ecm", "get", {}, show, "USB storage"},
-    {"vrop.ecm", "set", STORAGE, cut_usb, "cutusb 1 detaches the disk"},
+    {"vrop.ecm", "set", STORAGE, cut_usb, "cutusb 1 detaches the disk; the switches of ecm.conf take effect"},
 };
 
 } // namespace

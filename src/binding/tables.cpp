@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "properties/device_info.h"
 #include "properties/device_status.h"
+#include "properties/hcdn.h"
 #include "properties/led_status.h"
 #include "properties/mesh.h"
 #include "properties/network_info.h"
@@ -34,7 +35,7 @@ const struct property_row property_map[17] = {
     {"mesh", mesh_init, mesh_set, mesh_get, nullptr, nullptr, nullptr},
     {"meshTopology"},
     {"timeLed", timeLed_init, timeLed_set, timeLed_get, nullptr, nullptr, nullptr},
-    {"hcdn"},
+    {"hcdn", hcdn_init, hcdn_set, hcdn_get, nullptr, nullptr, hcdn_report},
     {"ipv6Status", ipv6Status_init, ipv6Status_set, ipv6Status_get, nullptr, nullptr, nullptr},
     {"networkProtocol", networkprotocol_init, networkprotocol_set, networkprotocol_get, nullptr, nullptr, nullptr},
     {"wifi2gSeniorInfo", wifi2g_senior_config_init, wifi2g_senior_config_set, wifi2g_senior_config_get,

@@ -177,6 +177,8 @@ TEST(FreshAgent, AnswersGetsWithoutADaemon) {
         R"({"deviceStatus":{"linkStatus":0,"networkStatus":0,"upSpeed":0,"downSpeed":0}})",
         R"({"mesh":{"open":false}})",
         R"({"timeLed":[]})",
+        R"({"hcdn":{"enable":true,"open":false,"samba":false,"inMemory":false,"outMemory":false,"usb":true,"path":"",)"
+        R"("natType":0,"upnp":false,"registered":false}})",
         R"({"ipv6Status":{"open":0}})",
         R"({"networkProtocol":{"type":0}})",
         R"({"wifi2gSeniorInfo":{"encrypt":"","authmode":"","mode":"","txpower":0,"bandwidth":0,"channel":0}})",

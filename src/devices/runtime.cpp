@@ -8,6 +8,7 @@
 #include "core/log.h"
 #include "core/text.h"
 #include "core/thread.h"
+#include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
 #include "https/helper_program.h"
 #include "relay/event_client.h"
@@ -73,6 +74,7 @@ StaStatusState sta_status_start(unsigned seed) {
 }
 
 void check_staStatus_round(StaStatusState *state) {
+    follow_clock();
     const long second = second_of_day();
     if (state->round++ % ROUNDS_PER_POLL == 0) check_staList();
     if (capture_round) capture_round();

@@ -9,6 +9,7 @@
 #include "core/log.h"
 #include "core/text.h"
 #include "devices/runtime.h"
+#include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
 #include "devices/station.h"
 
@@ -52,6 +53,7 @@ JsonRoot get_apDevice_dayLog() {
     json_object *stations = get_station_array(&root);
     JsonRoot log(stations ? json_object_new_array() : nullptr);
     if (!log) return log;
+    follow_clock();
     for (size_t i = 0; i < json_object_array_length(stations) && i < MOST_STATIONS; i++)
         add_station(log.get(), json_object_array_get_idx(stations, i));
     return log;
@@ -140,6 +142,7 @@ void runtimeList_init() {
 }
 
 void runtimeList_update(const char *mac) {
+    follow_clock();
     const RuntimeUpdate result = update_runtime_file([mac](json_object *entries) {
         return rebuild(entries, [mac](json_object *old) { return updated_entry(old, mac); });
     });
@@ -149,6 +152,7 @@ void runtimeList_update(const char *mac) {
 }
 
 void runtimeList_finalUpdate(long) {
+    follow_clock();
     JsonRoot entries = read_logged(RUNTIME_FILE);
     if (!entries) return;
     JsonRoot day = rebuild(entries.get(), final_entry);

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "core/clock.h"
 #include "core/handles.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
@@ -152,6 +153,27 @@ TEST_F(Runtime, BrokenFilesAreLeftAlone) {
     runtimeList_finalUpdate(3);
     EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"5","name":"","runTime":0},{"mac":"","name":"","runTime":12},)"
                                  R"({"mac":"","name":"","runTime":2305843010928244352}])");
+}
+
+TEST_F(Runtime, AClockThatIsSetTakesNothingFromTheDay) {
+    poll(tv(1, 60)); // whose entry is taken two seconds later
+    for (const time_t clock : {100, 1714550400, 1714460000}) {
+        moving_clock::set(clock);
+        StaStatusState state = {.report_point = 90000, .done = true, .round = 1};
+        check_staStatus_round(&state);
+    }
+    std::ofstream(LAST_DAY) << "";
+    moving_clock::set(now_seconds() + 3); // a correction, not another clock
+    runtimeList_finalUpdate(0);
+    EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"02:A0:C9:00:00:01","name":"tv","runTime":63}])");
+    moving_clock::set(now_seconds() - 3);
+    std::ofstream(TODAY)
+        << R"([5,{"mac":"02:A0:C9:00:00:01","runTime":7,"onlineNotice":0},{"timestamp":1714460000}])";
+    moving_clock::set(1714550400);
+    runtimeList_update("02a0c9000001");
+    EXPECT_EQ(text_of(TODAY),
+              R"([{"mac":"02:A0:C9:00:00:01","name":"","runTime":7,"timestamp":1714550400,"onlineNotice":0},)"
+              R"({"mac":"","name":"","runTime":0,"timestamp":1714550400}])");
 }
 
 TEST(RuntimePoints, ReportPointsAreSpreadOverTheirRange) {

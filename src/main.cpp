@@ -73,6 +73,7 @@ RelayStart start_relay() {
 void load() {
     ubus_init(0);
     if (install_sig_exit() != 0) perror("SIGINT");
+    ubus_wait_daemon();
     get_qvtkRegister_info(&register_config);
     LOG("devSecret:%s", register_config.device_secret);
     ecm_init();

@@ -10,10 +10,13 @@
 #include "core/bus_library.h"
 #include "core/bus_reply.h"
 #include "core/clock.h"
+#include "core/time_limit.h"
 
-std::mutex ubus_mutex;
+FairMutex ubus_mutex;
 
 namespace {
+
+constexpr char DAEMON[] = "vrop";
 
 // What one attempt at a call came to.
 struct Outcome {
@@ -29,6 +32,7 @@ void take_reply(ubus_request *request, int, blob_attr *message) {
 
 int invoke(ubus_context *connection, uint32_t id, const char *method, blob_attr *message, JsonRoot *reply) {
     reply->reset();
+    TimeLimit limit(connection->sock.fd, BUS_SEND_MILLIS);
     return ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
 }
 
@@ -37,7 +41,8 @@ Outcome attempt(ubus_context *connection, const char *object, const char *method
     JsonRoot reply;
     int status = bus::find_object(connection, object, &id);
     if (status != UBUS_STATUS_OK)
-        return {"ubus_lookup_id", status, bus::is_lost(connection, status), nullptr};
+        return {"ubus_lookup_id", status, status != UBUS_STATUS_TIMEOUT && bus::is_lost(connection, status),
+                nullptr};
 
     status = invoke(connection, id, method, message, &reply);
     uint32_t renewed = id;
@@ -65,6 +70,15 @@ Outcome attempt_shared(const char *object, const char *method, blob_attr *messag
     return outcome;
 }
 
+bool daemon_is_present() {
+    std::lock_guard lock(ubus_mutex);
+    ubus_context *connection = bus::shared();
+    bool present = false;
+    const int status = connection ? bus::find_any(connection, DAEMON, &present) : UBUS_STATUS_OK;
+    if (connection && bus::is_lost(connection, status)) bus::drop_shared();
+    return present;
+}
+
 void print_completion(ubus_request *request, int status) {
     printf("completed request (p: 0x%x, s: %u), ret: %d\n", request->peer, request->seq, status);
     delete request;
@@ -88,6 +102,14 @@ ubus_context *ubus_init(int add_to_loop) {
 void ubus_done() {
     std::lock_guard lock(ubus_mutex);
     bus::drop_shared();
+}
+
+void ubus_wait_daemon() {
+    if (daemon_is_present()) return;
+    do
+        pause_seconds(1);
+    while (!daemon_is_present());
+    pause_seconds(1); // a daemon that has just come publishes its objects one after another
 }
 
 json_object *_ubus_call(const char *object, const char *method, blob_attr *message) {

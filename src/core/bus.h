@@ -7,18 +7,22 @@
 // borrowed from that root. The root is set only when a function returns non-null.
 #pragma once
 
-#include <mutex>
-
 #include "core/bus_message.h"
+#include "core/fair_mutex.h"
 #include "core/handles.h"
 
 struct ubus_context;
 
 inline constexpr char BUS_SOCKET[] = "/apvar/run/ubus/ubus.sock";
+// How long the bus may take: to connect, to look an object up, and to answer a call; the last of them when it
+// does not even take the call.
+inline constexpr int BUS_CONNECT_MILLIS = 10000;
+inline constexpr int BUS_LOOKUP_MILLIS = 10000;
 inline constexpr int BUS_TIMEOUT_MILLIS = 30000;
+inline constexpr int BUS_SEND_MILLIS = BUS_TIMEOUT_MILLIS + 5000;
 
-// Serialises every call on the shared connection.
-extern std::mutex ubus_mutex;
+// Serialises every call on the shared connection, first come, first served.
+extern FairMutex ubus_mutex;
 
 // Ignores SIGPIPE and connects, trying once a second until it succeeds; returns the connection, which stays
 // the process's. Non-zero also registers it with the event loop for reading. Leaves the dispositions of
@@ -26,6 +30,9 @@ extern std::mutex ubus_mutex;
 ubus_context *ubus_init(int add_to_loop);
 // Closes the connection.
 void ubus_done();
+// Waits, looking once a second, until the configuration daemon has any object on the bus: "vrop" or one below
+// it.
+void ubus_wait_daemon();
 
 // Raw calls: the reply, owned by the caller, or null when there was none. A message may be null. The caller
 // holds ubus_mutex; the access functions below take it themselves.

@@ -7,6 +7,7 @@
 
 #include "core/bus.h"
 #include "core/bus_library.h"
+#include "core/time_limit.h"
 
 namespace bus {
 
@@ -44,6 +45,29 @@ class DefaultSignal {
     bool guarded_;
 };
 
+// The library waits for ever.
+int look_up(ubus_context *connection, const char *path, ubus_lookup_handler_t take, void *found) {
+    TimeLimit limit(connection->sock.fd, BUS_LOOKUP_MILLIS);
+    const int status = ubus_lookup(connection, path, take, found);
+    return TimeLimit::over() ? UBUS_STATUS_TIMEOUT : status;
+}
+
+void take_id(ubus_context *, ubus_object_data *object, void *id) {
+    *static_cast<uint32_t *>(id) = object->id;
+}
+
+// A name that is looked for, also as the start of others.
+struct Family {
+    std::string name;
+    bool found = false;
+};
+
+void note_member(ubus_context *, ubus_object_data *object, void *priv) {
+    auto *family = static_cast<Family *>(priv);
+    const std::string path = object->path;
+    if (path == family->name || path.starts_with(family->name + ".")) family->found = true;
+}
+
 } // namespace
 
 ubus_context *connect_to(const char *path) {
@@ -51,6 +75,7 @@ ubus_context *connect_to(const char *path) {
     DefaultSignal terminate(SIGTERM);
     DefaultSignal child(SIGCHLD);
     signal(SIGPIPE, SIG_IGN);
+    TimeLimit limit(-1, BUS_CONNECT_MILLIS);
     return ubus_connect(path);
 }
 
@@ -66,12 +91,18 @@ void drop_shared() {
 }
 
 bool is_lost(const ubus_context *connection, int status) {
-    return status == UBUS_STATUS_CONNECTION_FAILED ||
-           (status == UBUS_STATUS_INVALID_ARGUMENT && connection->sock.eof);
+    return status == UBUS_STATUS_CONNECTION_FAILED || (status != UBUS_STATUS_OK && connection->sock.eof);
+}
+
+int find_any(ubus_context *connection, const char *name, bool *found) {
+    Family family{name};
+    const int status = look_up(connection, (family.name + "*").c_str(), note_member, &family);
+    *found = family.found;
+    return status;
 }
 
 int find_object(ubus_context *connection, const char *object, uint32_t *id) {
-    if (connection != shared_connection) return ubus_lookup_id(connection, object, id);
+    if (connection != shared_connection) return look_up(connection, object, take_id, id);
     auto kept = object_ids.find(object);
     if (kept == object_ids.end()) return find_object_again(connection, object, id);
     *id = kept->second;
@@ -80,7 +111,7 @@ int find_object(ubus_context *connection, const char *object, uint32_t *id) {
 
 int find_object_again(ubus_context *connection, const char *object, uint32_t *id) {
     uint32_t found = 0; // stays 0 for an object that is there but cannot be called
-    int status = ubus_lookup_id(connection, object, &found);
+    int status = look_up(connection, object, take_id, &found);
     if (status == UBUS_STATUS_OK && found == 0) status = UBUS_STATUS_NOT_FOUND;
     if (status == UBUS_STATUS_OK) *id = found;
     if (connection != shared_connection) return status;

@@ -20,6 +20,12 @@ time_t now_seconds() {
     return time(nullptr);
 }
 
+time_t monotonic_seconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return now.tv_sec;
+}
+
 struct tm local_time() {
     time_t now = now_seconds();
     struct tm local = {};

@@ -20,21 +20,27 @@ constexpr size_t SHORT_LINE = 2048;
 
 using Path = Text<128>;
 
-char log_filepath[128];
-char upgrade_log_filepath[128];
+// Where a log goes: the fallback until a path has been set, so that what is logged while the configuration is
+// read is not lost, and when that is empty.
+struct LogPath {
+    const char *fallback;
+    char set[128];
+};
+LogPath log_filepath = {"/apvar/log/qvtk.log", ""};
+LogPath upgrade_log_filepath = {"/apetc/rvxa/qvtk_upgrade.log", ""};
 // The thread that serves SIGINT may log while start-up still sets the paths.
 std::mutex path_mutex;
 
-Path path_of(const char (&setting)[128]) {
+Path path_of(const LogPath &log) {
     std::lock_guard lock(path_mutex);
     Path path;
-    copy_text(path.text, setting);
+    copy_text(path.text, log.set[0] != '\0' ? log.set : log.fallback);
     return path;
 }
 
-void set_path(char (&setting)[128], const char *path, const char *fallback) {
+void set_path(LogPath *log, const char *path) {
     std::lock_guard lock(path_mutex);
-    copy_text(setting, path != nullptr && path[0] != '\0' ? path : fallback);
+    copy_text(log->set, path);
 }
 
 // Formats one line of at most size - 1 characters, with its newline in the terminator's place; returns its
@@ -108,11 +114,11 @@ void qvtk_log_to_file_upgrade(const char *format, ...) {
 }
 
 void set_log_filepath(const char *path) {
-    set_path(log_filepath, path, "/apvar/log/qvtk.log");
+    set_path(&log_filepath, path);
 }
 
 void set_upgrade_log_filepath(const char *path) {
-    set_path(upgrade_log_filepath, path, "/apetc/rvxa/qvtk_upgrade.log");
+    set_path(&upgrade_log_filepath, path);
 }
 
 void delete_upgrade_log() {

@@ -23,8 +23,8 @@ void qvtk_log_to_file(const char *format, ...) __attribute__((format(printf, 1, 
 // The upgrade log; text beyond 2047 characters is cut.
 void qvtk_log_to_file_upgrade(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-// Where the logs go; at most 127 characters are kept, null or empty selects the default. Call before the
-// first thread starts.
+// Where the logs go; at most 127 characters are kept, null or empty selects the default, which also serves
+// until then. Call before the first thread starts.
 void set_log_filepath(const char *path);         // default /apvar/log/qvtk.log
 void set_upgrade_log_filepath(const char *path); // default /apetc/rvxa/qvtk_upgrade.log
 

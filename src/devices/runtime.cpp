@@ -2,13 +2,13 @@
 #include "devices/runtime.h"
 
 #include <cstdlib>
-#include <unistd.h>
 
 #include "core/clock.h"
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
 #include "core/thread.h"
+#include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
 #include "https/helper_program.h"
 #include "relay/event_client.h"
@@ -45,7 +45,7 @@ void report_last_day() {
 void close_day(long second) {
     LOG("start update log");
     runtimeList_finalUpdate(DAY - second);
-    unlink(RUNTIME_FILE);
+    remove_runtime_file();
     clear_backupSta();
     pause_seconds(CLOSING_PAUSE);
 }
@@ -74,6 +74,7 @@ StaStatusState sta_status_start(unsigned seed) {
 }
 
 void check_staStatus_round(StaStatusState *state) {
+    follow_clock();
     const long second = second_of_day();
     if (state->round++ % ROUNDS_PER_POLL == 0) check_staList();
     if (capture_round) capture_round();

@@ -44,6 +44,28 @@ JsonRoot parse_request(const Property &property, const char *text, LogSite site)
     return request;
 }
 
+// Posts the text, without the lock, unless it is the one that was posted last. One thread posts at a time;
+// what others leave meanwhile it posts too, the newest of it.
+void post_in_turn(const Property &property, std::unique_lock<std::mutex> *lock, std::string text,
+                  const char *line, LogSite site) {
+    Outbox &outbox = property.outbox;
+    outbox.text = std::move(text);
+    outbox.full = true;
+    if (outbox.posting) return;
+    outbox.posting = true;
+    while (outbox.full) {
+        outbox.full = false;
+        const std::string next = std::move(outbox.text);
+        if (property.last_sent != nullptr && next == property.last_sent) continue;
+        lock->unlock();
+        LOG_AT(site, "%s%s", line, next.c_str());
+        TEBRA_SDK_PostProperty(next.c_str());
+        lock->lock();
+        copy_text(property.last_sent, property.last_sent_size, next.c_str());
+    }
+    outbox.posting = false;
+}
+
 } // namespace
 
 int property_init(const Property &property, void (*reset)(), LogSite site) {
@@ -93,9 +115,7 @@ int property_post(const Property &property, LogSite site) {
     JsonRoot document = make_document(property, property.create_failed, site);
     const char *text = document ? document_text(document.get(), site) : nullptr;
     if (text == nullptr) return -1;
-    lock.unlock();
-    LOG_AT(site, "outbuff:%s", text);
-    TEBRA_SDK_PostProperty(text);
+    post_in_turn(property, &lock, text, "outbuff:", site);
     return 0;
 }
 
@@ -103,13 +123,9 @@ int property_report(const Property &property, LogSite site) {
     get_report_status();
     std::unique_lock lock(*property.lock);
     JsonRoot document = make_document(property, "create json obj fail", site);
-    const char *whole = document ? document_text(document.get(), site) : nullptr;
-    if (whole == nullptr) return -1;
-    const std::string text(whole, strnlen(whole, property.report_size - 1));
-    if (text == property.last_sent) return 0;
-    copy_text(property.last_sent, property.last_sent_size, text.c_str());
-    lock.unlock();
-    LOG_AT(site, "%s%s", property.changed, text.c_str());
-    TEBRA_SDK_PostProperty(text.c_str());
+    const char *text = document ? document_text(document.get(), site) : nullptr;
+    if (text == nullptr) return -1;
+    post_in_turn(property, &lock, std::string(text, strnlen(text, property.report_size - 1)),
+                 property.changed, site);
     return 0;
 }

@@ -5,15 +5,24 @@
 //
 // Threads: the SDK calls slots from several threads; each function holds the property's lock while it works,
 // so one operation of a module works at a time and its record needs no other care. The SDK itself is called
-// without the lock: it may hold one of its own while it calls a slot.
+// without the lock: it may hold one of its own while it calls a slot. Nobody waits for another's post either:
+// who comes meanwhile leaves the newer document to the thread that posts, so that it is the last word.
 #pragma once
 
 #include <cstddef>
 #include <mutex>
+#include <string>
 
 #include <json-c/json.h>
 
 #include "core/log.h"
+
+// What waits to be posted, under the property's lock.
+struct Outbox {
+    bool posting = false; // a thread is at it
+    bool full = false;
+    std::string text;
+};
 
 struct Property {
     const char *name;  // the member that holds the document and the request
@@ -37,6 +46,7 @@ struct Property {
     size_t report_size = 0;        // a report's text is cut to one character less
     char *last_sent = nullptr;     // the text posted last
     size_t last_sent_size = 0;
+    mutable Outbox outbox = {};
 };
 
 // What the set slot was called with.

@@ -132,11 +132,11 @@ time_t http_upgrade_start() {
     g_request_interval = DEFAULT_INTERVAL;
     load_upgrade_request();
     curl_global_init(CURL_GLOBAL_ALL);
-    return now_seconds() - g_request_interval; // the first check is due at once
+    return monotonic_seconds() - g_request_interval; // the first check is due at once
 }
 
 void http_upgrade_round(time_t *last_check) {
-    const time_t now = now_seconds();
+    const time_t now = monotonic_seconds();
     if (now - *last_check < g_request_interval) return;
     int result = query_upgrade();
     *last_check = now;

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "core/clock.h"
 #include "core/handles.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
@@ -57,7 +58,7 @@ TEST_F(Runtime, FirstPollFillsTheFileAndAnnouncesNobody) {
 TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
     poll(tv(1, 60));
     std::ofstream(TODAY)
-        << R"([{"mac":"02A0C9000007","onlineNotice":0},{"mac":"02A0C9000008","onlineNotice":1}])";
+        << R"([{"mac":"02:A0:C9:00:00:07","onlineNotice":0},{"mac":"02:A0:C9:00:00:08","onlineNotice":1}])";
     const std::string stations = tv(7, 1) + R"(,{"mac":"02a0c9000009","devname":"phone \"9\"","uptime":1},)" +
                                  tv(1, 85) +
                                  R"(,{"mac":"02a0c9000008","devname":"Anna's / tablet","uptime":3})";
@@ -78,10 +79,11 @@ TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
 TEST_F(Runtime, NoticeIsThatOfTheEntryWithThatMac) {
     EXPECT_EQ(get_device_inform("aa"), 1);
     EXPECT_TRUE(has_logged("open file:/aptmp/client_runTime.log fail"));
-    std::ofstream(TODAY) << R"([1,null,"x",{"mac":"AA","onlineNotice":0},{"mac":"AA"},{"mac":"BB"},)"
-                            R"({"mac":"cc","onlineNotice":0},{"mac":"DD","onlineNotice":"0"}])";
+    std::ofstream(TODAY)
+        << R"([1,null,"x",{"mac":"AA","onlineNotice":0},{"mac":"AA"},{"mac":"BB"},)"
+           R"({"mac":"cc","onlineNotice":0},{"mac":"D:D","onlineNotice":"0"},{"mac":":","onlineNotice":0}])";
     for (const auto &[mac, notice] :
-         {std::pair{"aa", 0}, {"bb", 1}, {"cc", 1}, {"DD", 0}, {"ee", 1}, {"", -1}})
+         {std::pair{"aa", 0}, {"bb", 1}, {"cc", 1}, {"DD", 0}, {"d:d", 0}, {"ee", 1}, {":", 1}, {"", -1}})
         EXPECT_EQ(get_device_inform(mac), notice) << mac;
     EXPECT_EQ(get_device_inform(nullptr), -1);
 }
@@ -89,14 +91,15 @@ TEST_F(Runtime, NoticeIsThatOfTheEntryWithThatMac) {
 TEST_F(Runtime, DeparturesCloseTheirEntryLastFirst) {
     poll(tv(1, 60) + "," + tv(2, 60) + "," + tv(3, 60));
     std::ofstream(TODAY)
-        << R"([{"mac":"02A0C9000002","name":"b","runTime":100,"timestamp":1714550302,"onlineNotice":0},)"
-           R"({"mac":"02A0C9000003","name":"c","runTime":90000,"timestamp":1714550302},)"
-           R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])";
+        << R"([{"mac":"02:A0:C9:00:00:02","name":"b","runTime":100,"timestamp":1714550302,"onlineNotice":0},)"
+           R"({"mac":"02:A0:C9:00:00:03","name":"c","runTime":90000,"timestamp":1714550302},)"
+           R"({"mac":"02:a0:c9:00:00:02","name":"d","runTime":7,"timestamp":1714550302}])";
     EXPECT_EQ(poll(tv(1, 90)), 0); // 3 goes two seconds after the start, 2 two seconds later
-    EXPECT_EQ(text_of(TODAY),
-              R"([{"mac":"02A0C9000002","name":"b","runTime":202,"timestamp":1714550302,"onlineNotice":0},)"
-              R"({"mac":"02A0C9000003","name":"c","runTime":3700,"timestamp":1714550302},)"
-              R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])");
+    EXPECT_EQ(
+        text_of(TODAY),
+        R"([{"mac":"02:A0:C9:00:00:02","name":"b","runTime":202,"timestamp":1714550302,"onlineNotice":0},)"
+        R"({"mac":"02:A0:C9:00:00:03","name":"c","runTime":3700,"timestamp":1714550302},)"
+        R"({"mac":"02:a0:c9:00:00:02","name":"d","runTime":7,"timestamp":1714550302}])");
     EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000));
     EXPECT_EQ(poll(tv(1, 115)), 0);
     EXPECT_THAT(moving_clock::pauses(), IsEmpty());
@@ -150,6 +153,27 @@ TEST_F(Runtime, BrokenFilesAreLeftAlone) {
     runtimeList_finalUpdate(3);
     EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"5","name":"","runTime":0},{"mac":"","name":"","runTime":12},)"
                                  R"({"mac":"","name":"","runTime":2305843010928244352}])");
+}
+
+TEST_F(Runtime, AClockThatIsSetTakesNothingFromTheDay) {
+    poll(tv(1, 60)); // whose entry is taken two seconds later
+    for (const time_t clock : {100, 1714550400, 1714460000}) {
+        moving_clock::set(clock);
+        StaStatusState state = {.report_point = 90000, .done = true, .round = 1};
+        check_staStatus_round(&state);
+    }
+    std::ofstream(LAST_DAY) << "";
+    moving_clock::set(now_seconds() + 3); // a correction, not another clock
+    runtimeList_finalUpdate(0);
+    EXPECT_EQ(text_of(LAST_DAY), R"([{"mac":"02:A0:C9:00:00:01","name":"tv","runTime":63}])");
+    moving_clock::set(now_seconds() - 3);
+    std::ofstream(TODAY)
+        << R"([5,{"mac":"02:A0:C9:00:00:01","runTime":7,"onlineNotice":0},{"timestamp":1714460000}])";
+    moving_clock::set(1714550400);
+    runtimeList_update("02a0c9000001");
+    EXPECT_EQ(text_of(TODAY),
+              R"([{"mac":"02:A0:C9:00:00:01","name":"","runTime":7,"timestamp":1714550400,"onlineNotice":0},)"
+              R"({"mac":"","name":"","runTime":0,"timestamp":1714550400}])");
 }
 
 TEST(RuntimePoints, ReportPointsAreSpreadOverTheirRange) {

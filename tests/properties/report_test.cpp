@@ -127,4 +127,25 @@ TEST(Posts, OfWhatChanged) {
     }
 }
 
+// A report that comes while another is on its way to the SDK neither waits for it nor overtakes it.
+TEST(Posts, TheNewestIsTheLastWord) {
+    PropertyRig rig;
+    const auto report = row("ledStatus").report;
+    Texts changes = {"on", "off"}; // from the last
+    rig.router.set_state("/vrop.ledswitch/status", R"("on")");
+    recording_sdk::on_post([&] {
+        if (changes.empty()) return;
+        rig.router.set_state("/vrop.ledswitch/status", "\"" + changes.back() + "\"");
+        changes.pop_back();
+        EXPECT_EQ(report(), 0);
+    });
+    EXPECT_EQ(report(), 0);
+    recording_sdk::on_post({});
+    Texts posted;
+    for (const recording_sdk::Call &call : recording_sdk::calls_of("TEBRA_SDK_PostProperty"))
+        posted.push_back(compact(call.arguments[0]));
+    const std::string on = R"({"ledStatus":"on"})", off = R"({"ledStatus":"off"})";
+    EXPECT_THAT(posted, testing::ElementsAre(on, off, on));
+}
+
 } // namespace

@@ -16,14 +16,20 @@ constexpr size_t PAUSES_KEPT = 100000;
 std::mutex mutex;
 std::condition_variable paused;
 Millis now_millis = 1714550400000;
+Millis steady_millis = 1000000;
 std::vector<Millis> asked;
 std::function<void(Millis)> hook;
+
+void move_locked(Millis millis) {
+    now_millis += millis;
+    steady_millis += millis;
+}
 
 void pause(Millis millis) {
     std::function<void(Millis)> call;
     {
         std::lock_guard lock(mutex);
-        now_millis += millis;
+        move_locked(millis);
         if (asked.size() < PAUSES_KEPT) asked.push_back(millis);
         call = hook;
         paused.notify_all(); // under the lock: whoever waits may end the program, and this object, next
@@ -41,7 +47,7 @@ void set(time_t seconds) {
 
 void advance(Millis millis) {
     std::lock_guard lock(mutex);
-    now_millis += millis;
+    move_locked(millis);
 }
 
 std::vector<Millis> pauses() {
@@ -77,6 +83,11 @@ void pause_millis(unsigned millis) {
 time_t now_seconds() {
     std::lock_guard lock(moving_clock::mutex);
     return static_cast<time_t>(moving_clock::now_millis / 1000);
+}
+
+time_t monotonic_seconds() {
+    std::lock_guard lock(moving_clock::mutex);
+    return static_cast<time_t>(moving_clock::steady_millis / 1000);
 }
 
 struct tm local_time() {

@@ -13,6 +13,7 @@ namespace {
 std::mutex mutex;
 std::condition_variable called;
 std::vector<Call> made;
+std::function<void()> post_hook;
 std::atomic<int> connect_state{1};
 std::atomic<int> start_result{0};
 std::atomic<struct global_config *> started{nullptr};
@@ -78,6 +79,11 @@ bool wait_for(const std::string &function, size_t count, std::chrono::millisecon
     return called.wait_for(lock, limit, [&] { return of(function).size() >= count; });
 }
 
+void on_post(std::function<void()> hook) {
+    std::lock_guard lock(mutex);
+    post_hook = std::move(hook);
+}
+
 void set_connect_state(int state) {
     connect_state = state;
 }
@@ -112,6 +118,12 @@ int update_checkTime(int ota_check_interval, int min_interval, int max_interval)
 }
 
 int TEBRA_SDK_PostProperty(const char *json) {
+    std::function<void()> hook;
+    {
+        std::lock_guard lock(recording_sdk::mutex);
+        hook = recording_sdk::post_hook;
+    }
+    if (hook) hook();
     return record("TEBRA_SDK_PostProperty", 0, json);
 }
 

@@ -16,7 +16,7 @@ class BusReplies {
     json_object *whole(const char *object, const char *method) const;
     // The same of "getbymac". Only the replies about the MAC asked for last are kept.
     json_object *of_device(const char *object, const char *mac) const;
-    // Today's client runtimes; null when there are none. A file that cannot be opened is logged once.
+    // Today's client runtimes; null when there are none. A file that cannot be opened is logged.
     json_object *runtimes() const;
 
     BusReplies() = default;

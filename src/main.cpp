@@ -15,6 +15,7 @@
 #include "core/storage_file.h"
 #include "core/thread.h"
 #include "core/wan_status.h"
+#include "devices/ap_devices.h"
 #include "devices/runtime.h"
 #include "https/time_control.h"
 #include "relay/event_client.h"
@@ -53,7 +54,7 @@ struct RelayStart {
 RelayStart start_relay() {
     set_relay_actions({
         .set_check_interval = set_http_upgrade_check_interval,
-        .all_devices_report = nullptr, // the attached-device inventory's, once there is one
+        .all_devices_report = apDevices_event_report,
         .capture_address = get_cap_realurl,
     });
     int result = -1;

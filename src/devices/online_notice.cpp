@@ -16,17 +16,15 @@ int notice_of(json_object *entry) {
 
 } // namespace
 
-int get_device_inform(const char *mac) {
+int get_device_inform(const char *mac, const BusReplies &replies) {
     if (!mac || mac[0] == '\0') {
         LOG("param is NULL");
         return -1;
     }
-    bool open_failed = false;
-    JsonRoot list = read_runtime_array(RUNTIME_FILE, &open_failed);
-    if (open_failed) LOG("open file:%s fail", RUNTIME_FILE);
-    const size_t count = list ? json_object_array_length(list.get()) : 0;
+    json_object *list = replies.runtimes();
+    const size_t count = list ? json_object_array_length(list) : 0;
     for (size_t i = 0; i < count; i++) {
-        json_object *entry = json_object_array_get_idx(list.get(), i);
+        json_object *entry = json_object_array_get_idx(list, i);
         if (is_entry_of(entry, mac)) return notice_of(entry);
     }
     return ANNOUNCE;

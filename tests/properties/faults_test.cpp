@@ -175,6 +175,7 @@ TEST(FreshAgent, AnswersGetsWithoutADaemon) {
         R"({"visitorsWifi":{"mainOpen":false,"wifi2gOpen":false,"wifi2gName":"","wifi2gPwd":"","wifi2gOpenPwd":false,)"
         R"("wifi5gOpen":false,"wifi5gName":"","wifi5gPwd":"","wifi5gOpenPwd":false,"openDuration":0,"openTime":0}})",
         R"({"deviceStatus":{"linkStatus":0,"networkStatus":0,"upSpeed":0,"downSpeed":0}})",
+        R"({"apDevices":[]})",
         R"({"mesh":{"open":false}})",
         R"({"timeLed":[]})",
         R"({"hcdn":{"enable":true,"open":false,"samba":false,"inMemory":false,"outMemory":false,"usb":true,"path":"",)"

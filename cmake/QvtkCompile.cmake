@@ -6,13 +6,16 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 
-find_program(CCACHE ccache)
-if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+if(QVTK_CCACHE)
+  find_program(CCACHE ccache REQUIRED)
   set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
-add_compile_options(-Wall -Wextra -Werror -Wformat=2 -Wshadow -Wconversion -Wno-missing-field-initializers
+if(QVTK_WERROR)
+  add_compile_options(-Werror)
+endif()
+add_compile_options(-Wall -Wextra -Wformat=2 -Wshadow -Wconversion -Wno-missing-field-initializers
                     $<$<COMPILE_LANGUAGE:CXX>:-Wno-sign-conversion>)
 add_compile_definitions(_GNU_SOURCE)
 if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
@@ -63,10 +66,17 @@ function(qvtk_link_alone name with_sdk)
   endif()
 endfunction()
 
-# qvtk_test(NAME SOURCES... [DEPS...] [LABELS...]): a GoogleTest program; every case runs on its own in a fresh
-# dev/sandbox, so it may use the device's absolute paths and ports and starts from zeroed state.
+# The test programs labelled "threads", and nothing else: what is worth running under the thread sanitizer.
+add_custom_target(thread_tests)
+
+# qvtk_test(NAME SOURCES... [DEPS...] [LABELS threads] [TIMEOUT SECONDS]): a GoogleTest program; every case runs on its
+# own in a fresh dev/sandbox, so it may use the device's absolute paths and ports and starts from zeroed state.
+# Label "threads": several threads of the program under test run at once.
 function(qvtk_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;DEPS;LABELS")
+  if("threads" IN_LIST arg_LABELS)
+    add_dependencies(thread_tests ${name})
+  endif()
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE qvtk_all_headers ${arg_DEPS} GTest::gmock GTest::gtest_main)

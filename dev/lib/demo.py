@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What dev/demo runs inside its sandbox: demo.py BUILD HOME tour|night|follow."""
-import signal
+"""What dev/demo runs inside its sandbox: demo.py BUILD HOME tour|night|follow. Ends, and the sandbox with it, when its
+standard input does."""
+import os
 import subprocess
 import sys
+import threading
 import traceback
 
 sys.dont_write_bytecode = True
@@ -40,10 +42,16 @@ What the device says follows here until Ctrl-C.
 """, flush=True)
 
 
+def end_with_input():
+    while os.read(0, 1):
+        pass
+    os._exit(1)
+
+
 def main():
     build, home, mode = sys.argv[1:4]
+    threading.Thread(target=end_with_input, daemon=True).start()
     rig = rigs.Rig(build, home, {"TEBRA_SDK_REPORT_SECONDS": "5"} if mode == "follow" else {})
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     try:
         start_surroundings(rig)
         if mode == "night":
@@ -54,9 +62,7 @@ def main():
         else:
             start_device(rig)
             introduce(rig)
-            subprocess.run(rig.cloud_command("watch"), check=False)
-    except KeyboardInterrupt:
-        return 0
+            return subprocess.run(rig.cloud_command("watch"), check=False, stdin=subprocess.DEVNULL).returncode
     except Exception as error:  # whatever it is, say it, and say where to look
         if not isinstance(error, rigs.Failed):
             traceback.print_exc()

@@ -18,7 +18,7 @@ FileHandle open_log(const std::string &path) {
     Descriptor file(path.empty() ? dup(STDOUT_FILENO)
                                  : open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
     FileHandle log(file ? fdopen(file.get(), "a") : nullptr);
-    if (!log) throw std::runtime_error("cannot write " + path + ": " + std::strerror(errno));
+    if (!log) throw std::invalid_argument("--log: cannot write " + path + ": " + std::strerror(errno));
     file.release();
     return log;
 }

@@ -4,9 +4,13 @@
 #include "core/files.h"
 #include "json.h"
 #include <algorithm>
+#include <arpa/inet.h>
 #include <charconv>
 #include <deque>
+#include <filesystem>
+#include <limits>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace cloudsim {
 namespace {
@@ -27,12 +31,13 @@ class Arguments {
         left_.pop_front();
         return first;
     }
-    int take_number(const std::string &what) {
+    int take_number(const std::string &what, int least = 0, int most = std::numeric_limits<int>::max()) {
         std::string text = take(what);
         int value = -1;
         auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || end != text.data() + text.size() || value < 0)
-            throw std::invalid_argument(what + " must be a number, not \"" + text + "\"");
+        if (error != std::errc() || end != text.data() + text.size() || value < least || value > most)
+            throw std::invalid_argument(what + " must be a number from " + std::to_string(least) + " to " +
+                                        std::to_string(most) + ", not \"" + text + "\"");
         return value;
     }
 
@@ -60,7 +65,26 @@ Device parse_device(const std::string &text) {
     std::size_t first = text.find(':'), second = text.find(':', first + 1);
     if (first == std::string::npos || second == std::string::npos)
         throw std::invalid_argument("a device is SERIAL:PRODUCT:SECRET");
-    return {text.substr(0, first), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
+    Device device{text.substr(0, first), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
+    if (device.serial.empty() || device.product.empty() || device.secret.empty())
+        throw std::invalid_argument("a device is SERIAL:PRODUCT:SECRET, and none of them is empty");
+    return device;
+}
+
+std::string take_address(Arguments &left) {
+    std::string text = left.take("the address");
+    in_addr address;
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1)
+        throw std::invalid_argument("\"" + text + "\" is no IPv4 address");
+    return text;
+}
+
+std::string take_directory(Arguments &left) {
+    std::string path = left.take("the directory");
+    std::error_code error;
+    if (!std::filesystem::is_directory(path, error) || access(path.c_str(), W_OK | X_OK) != 0)
+        throw std::invalid_argument(path + " is no directory that files can be made in");
+    return path;
 }
 
 void take_firmware(CommandLine &line, Arguments &left) {
@@ -99,9 +123,9 @@ struct Option {
 };
 constexpr Option options[] = {
     {"--port", "N", "port to listen on (default 11443; 0: any free one)",
-     [](CommandLine &line, Arguments &left) { line.port = left.take_number("the port"); }},
+     [](CommandLine &line, Arguments &left) { line.port = left.take_number("the port", 0, 65535); }},
     {"--host", "ADDRESS", "IPv4 address to listen on (default 127.0.0.1)",
-     [](CommandLine &line, Arguments &left) { line.options.host = left.take("the address"); }},
+     [](CommandLine &line, Arguments &left) { line.options.host = take_address(left); }},
     {"--http", "", "without TLS", [](CommandLine &line, Arguments &) { line.scheme = Scheme::http; }},
     {"--cert-out", "FILE", "write the certificate, made at start, as PEM",
      [](CommandLine &line, Arguments &left) { line.options.certificate_out = left.take("the file"); }},
@@ -123,10 +147,10 @@ constexpr Option options[] = {
      }},
     {"--refusal-status", "N", "HTTP status of a refused request (default 200)",
      [](CommandLine &line, Arguments &left) {
-         line.options.refusal_status = left.take_number("the status");
+         line.options.refusal_status = left.take_number("the status", 200, 599);
      }},
     {"--store", "DIR", "keep uploaded files there (default: in memory alone)",
-     [](CommandLine &line, Arguments &left) { line.options.store = left.take("the directory"); }},
+     [](CommandLine &line, Arguments &left) { line.options.store = take_directory(left); }},
     {"--max-upload", "BYTES", "largest body accepted (default 16777216)",
      [](CommandLine &line, Arguments &left) {
          line.options.max_upload = static_cast<std::size_t>(left.take_number("the size"));

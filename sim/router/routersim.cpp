@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The simulated router as a program.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -37,31 +38,51 @@ struct Options {
     std::string socket = router::DEFAULT_SOCKET, patch;
     std::vector<std::string> settings;
     std::vector<router::Fault> faults;
+    std::string (*shown)() = nullptr; // what is printed instead of serving
 };
 
-std::string read_file(const char *path) {
+std::string read_file(const std::string &path) {
     std::ifstream file(path);
     std::stringstream text;
     text << file.rdbuf();
-    if (!file) throw std::runtime_error(std::string("cannot read ") + path);
+    if (!file) throw std::runtime_error("cannot read " + path);
     return text.str();
 }
 
-Options parse(int count, char **words) {
+struct Shown {
+    const char *option;
+    std::string (*text)();
+};
+constexpr Shown SHOWN[] = {{"--help", [] { return std::string(USAGE); }},
+                           {"-h", [] { return std::string(USAGE); }},
+                           {"--list", router::listing},
+                           {"--home", router::home_state}};
+
+struct Valued {
+    const char *option;
+    void (*take)(Options &, const std::string &value);
+};
+constexpr Valued VALUED[] = {
+    {"--socket", [](Options &options, const std::string &value) { options.socket = value; }},
+    {"--state", [](Options &options, const std::string &value) { options.patch = read_file(value); }},
+    {"--set", [](Options &options, const std::string &value) { options.settings.push_back(value); }},
+    {"--fault", [](Options &options,
+                   const std::string &value) { options.faults.push_back(router::parse_fault(value)); }},
+};
+
+Options parse(const std::vector<std::string> &words) {
     Options options;
-    for (int i = 1; i < count; i += 2) {
-        const std::string word = words[i];
-        if (i + 1 >= count) throw std::runtime_error("unknown option, or no value for it: " + word);
-        if (word == "--socket")
-            options.socket = words[i + 1];
-        else if (word == "--state")
-            options.patch = read_file(words[i + 1]);
-        else if (word == "--set")
-            options.settings.emplace_back(words[i + 1]);
-        else if (word == "--fault")
-            options.faults.push_back(router::parse_fault(words[i + 1]));
+    for (size_t i = 0; i < words.size(); i++) {
+        const Shown *shown = std::ranges::find(SHOWN, words[i], &Shown::option);
+        const Valued *valued = std::ranges::find(VALUED, words[i], &Valued::option);
+        if (shown != std::end(SHOWN))
+            options.shown = shown->text;
+        else if (valued == std::end(VALUED))
+            throw std::runtime_error("unknown option " + words[i]);
+        else if (i + 1 == words.size())
+            throw std::runtime_error("no value for " + words[i]);
         else
-            throw std::runtime_error("unknown option " + word);
+            valued->take(options, words[++i]);
     }
     return options;
 }
@@ -76,7 +97,7 @@ void apply(const Options &options, router::Router &router) {
         router.add_fault(fault);
 }
 
-int serve(const Options &options) {
+void serve(const Options &options, router::Router &router) {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
@@ -84,8 +105,6 @@ int serve(const Options &options) {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr); // before the server's thread, which inherits it
     signal(SIGPIPE, SIG_IGN);
 
-    router::Router router(options.patch);
-    apply(options, router);
     if (!router::share_images()) fprintf(stderr, "routersim: cannot link the images of /tmp to /aptmp\n");
     router::make_hardware();
     router.run_clock(true);
@@ -94,20 +113,22 @@ int serve(const Options &options) {
     fflush(stdout);
     int number = 0;
     sigwait(&signals, &number);
-    return 0;
 }
 
 } // namespace
 
 int main(int count, char **words) {
-    const std::string first = count == 2 ? words[1] : "";
-    if (first == "--help" || first == "-h") return printf("%s", USAGE) < 0;
-    if (first == "--list") return printf("%s", router::listing().c_str()) < 0;
-    if (first == "--home") return printf("%s", router::home_state().c_str()) < 0;
+    bool understood = false; // before, an error is one of the arguments
     try {
-        return serve(parse(count, words));
+        const Options options = parse({words + 1, words + count});
+        if (options.shown != nullptr) return printf("%s", options.shown().c_str()) < 0;
+        router::Router router(options.patch);
+        apply(options, router);
+        understood = true;
+        serve(options, router);
+        return 0;
     } catch (const std::exception &error) {
-        fprintf(stderr, "routersim: %s\n", error.what());
-        return 1;
+        fprintf(stderr, "routersim: %s%s\n", error.what(), understood ? "" : "; see --help");
+        return understood ? 1 : 2;
     }
 }

@@ -29,7 +29,7 @@ constexpr char USAGE[] =
     "\n"
     "  buscall list 'vrop.wifi*'\n"
     "  buscall call vrop.ftinfo get\n"
-    "  buscall call vrop.ledswitch set '{\"ledswitch\": 0}'\n";
+    "  buscall call vrop.ledswitch set '{\"status\":\"off\"}'\n";
 
 struct Options {
     const char *socket = DEFAULT_SOCKET;
@@ -45,8 +45,8 @@ struct FreeText {
 using Context = std::unique_ptr<ubus_context, FreeContext>;
 using JsonText = std::unique_ptr<char, FreeText>;
 
-int usage() {
-    fputs(USAGE, stderr);
+int wrong(const char *what) {
+    fprintf(stderr, "buscall: %s; see --help\n", what);
     return EXIT_USAGE;
 }
 
@@ -113,6 +113,7 @@ int call(ubus_context *context, const Options &options, const char *object, cons
 // Reads the options; false when they make no sense.
 bool read_options(int argc, char **argv, Options *options) {
     int letter;
+    opterr = 0; // one line says it
     while ((letter = getopt(argc, argv, "+s:t:")) != -1) {
         char *end = optarg;
         if (letter == 's') {
@@ -135,12 +136,12 @@ int main(int argc, char **argv) {
         fputs(USAGE, stdout);
         return EXIT_OK;
     }
-    if (!read_options(argc, argv, &options)) return usage();
+    if (!read_options(argc, argv, &options)) return wrong("unknown option, or no good value for one");
     int count = argc - optind;
     char **words = argv + optind;
     bool listing = count >= 1 && count <= 2 && strcmp(words[0], "list") == 0;
     bool calling = count >= 3 && count <= 4 && strcmp(words[0], "call") == 0;
-    if (!listing && !calling) return usage();
+    if (!listing && !calling) return wrong("unknown command, or not its arguments");
     Context context(ubus_connect(options.socket));
     if (!context) {
         fprintf(stderr, "buscall: no bus at %s\n", options.socket);

@@ -27,6 +27,9 @@ TEST_F(SdkTest, TheCloudsToolDrivesADevice) {
         {"list --broker /absent.sock", 4, "no broker at /absent.sock"},
         {"set echo '{'", 2, "not JSON"},
         {"get", 2, "number of arguments"},
+        {"", 2, "no command"},
+        {"list --timeout 0", 2, "above 0"},
+        {"list --broker host:port", 2, "HOST:PORT"},
         {"--help", 0, "dev/cloud get NAME"},
         {"watch status --count 1", 0, "  serial1  status  {\"online\":true"},
     };

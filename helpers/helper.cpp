@@ -96,7 +96,8 @@ bool was_accepted(const Answer &answer, JsonRoot *reply) {
 }
 
 bool read_address(std::string *address) {
-    if (!read_file(ADDRESS_FILE, LONGEST_ADDRESS + 1, address)) return fail("cannot read %s", ADDRESS_FILE);
+    if (!read_own_file(ADDRESS_FILE, LONGEST_ADDRESS + 1, address))
+        return fail("cannot read %s", ADDRESS_FILE);
     if (address->size() > LONGEST_ADDRESS) return fail("the address in %s is too long", ADDRESS_FILE);
     util_strip_blank_of_string_end(address->data());
     address->resize(strlen(address->c_str()));

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // common_put_file FILE: HTTP PUT of the file to the address in /tmp/url.txt.
+#include <cerrno>
 #include <cstdlib>
 #include <sys/stat.h>
 
-#include "core/handles.h"
+#include "core/files.h"
 #include "helper.h"
 
 namespace {
@@ -11,10 +12,11 @@ namespace {
 bool put_file(const char *path) {
     std::string address;
     if (!read_address(&address)) return false;
-    FileHandle file(fopen(path, "rbe"));
+    Descriptor opened = open_own_file(path);
+    if (!opened && errno == EPERM) return fail("%s is not a file of the agent's", path);
+    FileHandle file(opened ? fdopen(opened.get(), "rb") : nullptr);
     struct stat status = {};
-    if (!file || fstat(fileno(file.get()), &status) != 0) return fail("cannot read %s", path);
-    if (!S_ISREG(status.st_mode)) return fail("%s is not a file", path);
+    if (!file || fstat(opened.release(), &status) != 0) return fail("cannot read %s", path);
     Transfer transfer;
     if (transfer)
         transfer

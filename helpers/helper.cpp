@@ -55,6 +55,7 @@ void start_helper(const char *name) {
     signal(SIGPIPE, SIG_IGN);
     signal(SIGALRM, end_late);
     alarm(PROGRAM_SECONDS);
+    init_transfers(); // without it, no transfer can be made, and the first one says so
 }
 
 bool fail(const char *format, ...) {
@@ -75,13 +76,13 @@ int wrong_usage(const char *text) {
 bool exchange(Transfer *transfer, const char *address, Answer *answer) {
     if (!*transfer) return fail("libcurl cannot be used");
     CURLcode result = transfer->url(address)
-                          .web_only()
                           .write_with(collect, answer)
-                          .unverified()
+                          .trust()
                           .connect_limit(CONNECT_SECONDS)
                           .whole_limit(TRANSFER_SECONDS)
                           .no_signals()
                           .perform();
+    if (const char *why = transfer->distrust(result)) return fail("server not verified: %s", why);
     if (result != CURLE_OK) return fail("transfer failed: %s", curl_easy_strerror(result));
     const long status = transfer->http_status();
     return status / 100 == 2 || fail("the server answered HTTP %ld", status);
@@ -96,7 +97,8 @@ bool was_accepted(const Answer &answer, JsonRoot *reply) {
 }
 
 bool read_address(std::string *address) {
-    if (!read_file(ADDRESS_FILE, LONGEST_ADDRESS + 1, address)) return fail("cannot read %s", ADDRESS_FILE);
+    if (!read_own_file(ADDRESS_FILE, LONGEST_ADDRESS + 1, address))
+        return fail("cannot read %s", ADDRESS_FILE);
     if (address->size() > LONGEST_ADDRESS) return fail("the address in %s is too long", ADDRESS_FILE);
     util_strip_blank_of_string_end(address->data());
     address->resize(strlen(address->c_str()));

@@ -34,5 +34,5 @@ bool exchange(Transfer *transfer, const char *address, Answer *answer);
 // Takes the answer as the server's JSON reply. True when its "code" is 0.
 bool was_accepted(const Answer &answer, JsonRoot *reply);
 
-// The address that the agent left in /tmp/url.txt.
+// The address that the agent left in /tmp/url.txt; a file that somebody else made is not read.
 bool read_address(std::string *address);

@@ -61,7 +61,9 @@ bool fetch_configuration() {
     if (!read_address(&address)) return false;
     Transfer transfer;
     Answer answer = {.text = {}, .limit = CONFIGURATION_LIMIT};
-    return exchange(&transfer, address.c_str(), &answer) && keep(CONFIGURATION_FILE, answer.text);
+    if (!exchange(&transfer, address.c_str(), &answer)) return false;
+    if (answer.text.empty()) return fail("the server sent an empty configuration");
+    return keep(CONFIGURATION_FILE, answer.text);
 }
 
 bool report_upgrade() {

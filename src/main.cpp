@@ -18,6 +18,7 @@
 #include "devices/ap_devices.h"
 #include "devices/runtime.h"
 #include "https/time_control.h"
+#include "https/transfer.h"
 #include "relay/event_client.h"
 #include "relay/relay.h"
 #include "services/capture.h"
@@ -119,6 +120,7 @@ int main() {
 #ifdef M_ARENA_MAX
     mallopt(M_ARENA_MAX, 1); // each thread's own would keep what its busiest moment took
 #endif
+    if (!init_transfers()) qvtk_log("libcurl cannot be used");
     setvbuf(stdout, nullptr, _IOLBF, 0); // a console line is not lost with the process
     int status = run();
     fflush(stdout);

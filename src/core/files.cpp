@@ -5,10 +5,20 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "core/handles.h"
+namespace {
 
-bool read_file(const char *path, size_t limit, std::string *content) {
-    Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+constexpr int NAME_ATTEMPTS = 8; // somebody may take the name between removal and creation
+
+bool is_own(const struct stat &status) {
+    return status.st_uid == geteuid() || status.st_uid == 0;
+}
+
+bool is_own_link(const char *path) {
+    struct stat status = {};
+    return lstat(path, &status) == 0 && S_ISLNK(status.st_mode) && is_own(status);
+}
+
+bool read_descriptor(const Descriptor &file, size_t limit, std::string *content) {
     if (!file) return false;
     std::string text;
     char piece[4096];
@@ -24,6 +34,38 @@ bool read_file(const char *path, size_t limit, std::string *content) {
     return true;
 }
 
+} // namespace
+
+bool read_file(const char *path, size_t limit, std::string *content) {
+    return read_descriptor(Descriptor(open(path, O_RDONLY | O_CLOEXEC)), limit, content);
+}
+
+Descriptor create_private_file(const char *path) {
+    Descriptor file;
+    for (int attempt = 0; !file && attempt < NAME_ATTEMPTS; attempt++) {
+        if (unlink(path) != 0 && errno != ENOENT) return file;
+        file.reset(open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        if (!file && errno != EEXIST) return file;
+    }
+    return file;
+}
+
+Descriptor open_own_file(const char *path) {
+    constexpr int HOW = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    Descriptor file(open(path, HOW | O_NOFOLLOW));
+    if (!file && errno == ELOOP && is_own_link(path)) file.reset(open(path, HOW));
+    struct stat status = {};
+    if (file && (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) || !is_own(status))) {
+        file.reset();
+        errno = EPERM;
+    }
+    return file;
+}
+
+bool read_own_file(const char *path, size_t limit, std::string *content) {
+    return read_descriptor(open_own_file(path), limit, content);
+}
+
 bool write_all(int file, const char *data, size_t length) {
     while (length > 0) {
         ssize_t written = write(file, data, length);
@@ -37,9 +79,8 @@ bool write_all(int file, const char *data, size_t length) {
 
 bool replace_file(const char *path, const std::string &content, mode_t mode) {
     std::string draft = std::string(path) + ".bak";
-    Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, mode));
+    Descriptor file = create_private_file(draft.c_str());
     if (!file) return false;
-    // the draft may be left over with another mode, and the new one is subject to the umask
     bool written = fchmod(file.get(), mode) == 0 && write_all(file.get(), content.data(), content.size()) &&
                    fsync(file.get()) == 0;
     if (written && rename(draft.c_str(), path) == 0) return true;

@@ -144,7 +144,7 @@ int get_deviceSecret(char *output, int size) {
         return -1;
     }
     std::string text;
-    if (!read_file(CACHE_FILE, CACHE_LIMIT, &text)) {
+    if (!read_own_file(CACHE_FILE, CACHE_LIMIT, &text)) {
         perror("fopen");
         return -1;
     }

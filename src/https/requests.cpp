@@ -62,9 +62,10 @@ int curl_post(const char *body, size_t length, ReplyBuffer *reply, const char *a
                           .take_headers()
                           .post(body, length)
                           .write_with(keep_last_piece, reply)
-                          .unverified()
+                          .trust()
                           .no_signals()
                           .perform();
+    if (const char *why = transfer.distrust(result)) LOG("#http upgrade# server not verified: %s", why);
     if (result != CURLE_OK) LOG("#http upgrade# curl_easy_perform CURLcode=%d, post=%s\n", result, body);
     return result;
 }

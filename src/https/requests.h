@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The agent's own HTTPS requests: signed JSON POST and download of the firmware image. Server certificates
-// are not verified: devices hold no trust store, and what is loaded is checked by its digest.
+// The agent's own HTTPS requests: signed JSON POST. Servers are verified only where the build names a CA file
+// (ca_file.h). Without one, whoever answers in a server's place is believed: an image's digest then guards
+// against damage, not against forgery, since it comes from the same server.
 #pragma once
 
 #include <cstddef>

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+
+#include "https/ca_file.h"
 
 namespace {
 
@@ -10,6 +13,10 @@ void copy_piece(const void *data, size_t length, const ReplyBuffer *reply) {
     if (reply->size == 0) return;
     memcpy(reply->data, data, std::min(length, reply->size - 1));
     reply->data[reply->size - 1] = '\0';
+}
+
+bool verifies_servers() {
+    return ca_file()[0] != '\0';
 }
 
 bool has_room(const void *reply) {
@@ -28,7 +35,24 @@ size_t req_reply(void *data, size_t size, size_t count, void *reply) {
     return size * count;
 }
 
-Transfer::Transfer() : handle(curl_easy_init()) {}
+bool init_transfers() {
+    return curl_global_init(CURL_GLOBAL_ALL) == CURLE_OK;
+}
+
+Transfer::Transfer() : handle(curl_easy_init()) {
+    if (handle) only("http,https");
+}
+
+// Nothing else, so that no address names a file of the device.
+void Transfer::only(const char *schemes) {
+    require(curl_easy_setopt(get(), CURLOPT_PROTOCOLS_STR, schemes));
+    require(curl_easy_setopt(get(), CURLOPT_REDIR_PROTOCOLS_STR, schemes));
+}
+
+// What the transfer must not go without.
+void Transfer::require(CURLcode set) {
+    if (set != CURLE_OK) complete = false;
+}
 
 Transfer &Transfer::connect_limit(long seconds) {
     curl_easy_setopt(get(), CURLOPT_CONNECTTIMEOUT, seconds);
@@ -86,19 +110,21 @@ Transfer &Transfer::write_with(Callback callback, void *destination) {
     return *this;
 }
 
-Transfer &Transfer::write_to(FILE *file) {
-    curl_easy_setopt(get(), CURLOPT_WRITEDATA, file);
+Transfer &Transfer::undecoded() {
+    curl_easy_setopt(get(), CURLOPT_HTTP_CONTENT_DECODING, 0L);
     return *this;
 }
 
-Transfer &Transfer::web_only() {
-    curl_easy_setopt(get(), CURLOPT_PROTOCOLS_STR, "http,https");
-    return *this;
-}
-
-Transfer &Transfer::unverified() {
-    curl_easy_setopt(get(), CURLOPT_SSL_VERIFYPEER, 0L);
-    curl_easy_setopt(get(), CURLOPT_SSL_VERIFYHOST, 0L);
+Transfer &Transfer::trust() {
+    const bool verify = verifies_servers();
+    require(curl_easy_setopt(get(), CURLOPT_SSL_VERIFYPEER, verify ? 1L : 0L));
+    require(curl_easy_setopt(get(), CURLOPT_SSL_VERIFYHOST, verify ? 2L : 0L));
+    if (!verify) return *this;
+    only("https");
+    require(curl_easy_setopt(get(), CURLOPT_CAINFO, ca_file()));
+    require(curl_easy_setopt(get(), CURLOPT_CAPATH, nullptr));
+    require(curl_easy_setopt(get(), CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=2"));
+    curl_easy_setopt(get(), CURLOPT_ERRORBUFFER, reason.data());
     return *this;
 }
 
@@ -114,6 +140,15 @@ Transfer &Transfer::no_signals() {
 
 CURLcode Transfer::perform() {
     return complete ? curl_easy_perform(get()) : CURLE_OUT_OF_MEMORY;
+}
+
+const char *Transfer::distrust(CURLcode result) const {
+    constexpr CURLcode CAUSES[] = {CURLE_UNSUPPORTED_PROTOCOL, CURLE_SSL_CONNECT_ERROR,
+                                   CURLE_PEER_FAILED_VERIFICATION, CURLE_SSL_CIPHER,
+                                   CURLE_SSL_CACERT_BADFILE};
+    if (!verifies_servers()) return nullptr;
+    if (std::find(std::begin(CAUSES), std::end(CAUSES), result) == std::end(CAUSES)) return nullptr;
+    return reason[0] != '\0' ? reason.data() : curl_easy_strerror(result);
 }
 
 long Transfer::http_status() const {

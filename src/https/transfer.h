@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// One libcurl transfer. Any thread, each with a transfer of its own.
+// One libcurl transfer, over http and https alone, redirects too. Any thread, each with a transfer of its
+// own.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <memory>
 
 #include <curl/curl.h>
+
+// Prepares libcurl for the whole process (CURL_GLOBAL_ALL). Once, before a second thread runs; false when
+// libcurl cannot be used.
+bool init_transfers();
 
 // How long a transfer may take, in seconds.
 inline constexpr long POST_SECONDS = 15;
@@ -32,6 +38,7 @@ class Transfer {
     using Callback = size_t (*)(void *data, size_t size, size_t count, void *destination);
 
     Transfer();
+    Transfer(Transfer &&) = delete; // libcurl holds pointers into it
     explicit operator bool() const {
         return handle != nullptr;
     } // false: libcurl cannot be used, nothing else may be
@@ -45,17 +52,25 @@ class Transfer {
     Transfer &put(FILE *file, curl_off_t length);    // from where the file stands
     Transfer &multipart(curl_mime *parts);           // of this transfer; stays the caller's
     Transfer &write_with(Callback callback, void *destination);
-    Transfer &write_to(FILE *file);
-    Transfer &web_only();       // nothing but http and https
-    Transfer &unverified();     // neither certificate nor host name of the server
+    Transfer &undecoded(); // what the server calls encoded content is taken as it comes
+    // How far the server's word is believed. As built by default, its certificate and host name are not
+    // looked at. With ca_file(), both are checked against it, keys are to be as strong as OpenSSL's security
+    // level 2 wants (112 bits), and plain http is refused.
+    Transfer &trust();
     Transfer &progress_meter(); // libcurl's, on stderr
     Transfer &no_signals();
 
     CURLcode perform();
+    // Why the server could not be verified, when `result` of perform() comes of that; else null, and always
+    // when nothing is verified.
+    const char *distrust(CURLcode result) const;
     long http_status() const; // after perform; 0 when there was no answer
     CURL *get() const { return handle.get(); }
 
   private:
+    void only(const char *schemes);
+    void require(CURLcode set);
+
     struct Cleanup {
         void operator()(CURL *curl) const { curl_easy_cleanup(curl); }
         void operator()(curl_slist *list) const { curl_slist_free_all(list); }
@@ -63,4 +78,5 @@ class Transfer {
     std::unique_ptr<curl_slist, Cleanup> headers;
     std::unique_ptr<CURL, Cleanup> handle;
     bool complete = true;
+    std::array<char, CURL_ERROR_SIZE> reason = {}; // of a failure, where servers are verified
 };

@@ -6,10 +6,10 @@
 #include <strings.h>
 
 #include "core/bus.h"
+#include "core/files.h"
 #include "core/handles.h"
 #include "core/log.h"
 #include "digests/digest.h"
-#include "https/transfer.h"
 
 namespace {
 
@@ -20,27 +20,12 @@ std::atomic<int> download_upgrade_result{-1};
 
 } // namespace
 
-int fetch_image(const char *address, const char *path, ProgressMeter meter) {
-    FileHandle file(fopen(path, "wb+e"));
-    if (!file) return FETCH_NO_FILE;
-    Transfer transfer;
-    if (!transfer) return FETCH_NO_LIBRARY;
-    transfer.url(address).unverified();
-    if (meter == ProgressMeter::shown) transfer.progress_meter();
-    transfer.write_to(file.get())
-        .whole_limit(IMAGE_SECONDS)
-        .connect_limit(IMAGE_CONNECT_SECONDS)
-        .no_signals();
-    CURLcode result = transfer.perform();
-    // what is still buffered may be what the disk has no room for
-    if (fflush(file.get()) != 0 && result == CURLE_OK) result = CURLE_WRITE_ERROR;
-    return result;
-}
-
 Text<33> md5_of_file(const char *path) {
     Text<33> text = {};
-    FileHandle file(fopen(path, "rbe"));
+    Descriptor opened = open_own_file(path);
+    FileHandle file(opened ? fdopen(opened.get(), "rb") : nullptr);
     if (!file) return text;
+    (void)opened.release();
     char read_ahead[READ_AHEAD];
     setvbuf(file.get(), read_ahead, _IOFBF, sizeof read_ahead);
 

@@ -11,6 +11,7 @@
 #include "core/thread.h"
 #include "https/requests.h"
 #include "upgrade/firmware.h"
+#include "upgrade/upgrade_turn.h"
 
 std::atomic<int64_t> g_request_interval;
 
@@ -67,7 +68,7 @@ void give_up(Progress progress, const Reason &reason) {
 
 bool has_announced_size() {
     struct stat image = {};
-    const long local = stat(IMAGE_FILE, &image) == 0 ? image.st_size : -1;
+    const long local = lstat(IMAGE_FILE, &image) == 0 ? image.st_size : -1;
     if (local == offer().size) return true;
     LOG("size error, local size:%ld, size:%ld\n", local, static_cast<long>(offer().size));
     give_up(PROGRESS_MISMATCH,
@@ -99,7 +100,7 @@ Text<33> get_file_md5(const char *path) {
 }
 
 int curl_download_file(const char *address) {
-    int result = fetch_image(address, IMAGE_FILE, ProgressMeter::shown);
+    int result = fetch_image(address, IMAGE_FILE, offer().size, ProgressMeter::shown);
     if (result == FETCH_NO_FILE) {
         perror("fopen");
         LOG("#http upgrade# fopen error,path:%s\n", IMAGE_FILE);
@@ -108,6 +109,11 @@ int curl_download_file(const char *address) {
 }
 
 void http_upgrading() {
+    UpgradeTurn turn;
+    if (!turn) {
+        LOG("#http upgrade# refused: the upgrade before it was accepted");
+        return;
+    }
     delete_upgrade_log();
     unlink(IMAGE_FILE);
     int result = download_with_retries();
@@ -120,7 +126,10 @@ void http_upgrading() {
 
     log_new_version(offer().version, offer().strategy);
     result = start_upgrade(IMAGE_INSTALL_FILE);
-    if (result != 0) give_up(PROGRESS_REFUSED, format_text<256>("upgrade fail! ret = %d", result));
+    if (result == 0)
+        turn.accepted(offer().version, offer().md5);
+    else
+        give_up(PROGRESS_REFUSED, format_text<256>("upgrade fail! ret = %d", result));
 }
 
 void set_http_upgrade_check_interval(long seconds) {
@@ -131,7 +140,6 @@ void set_http_upgrade_check_interval(long seconds) {
 time_t http_upgrade_start() {
     g_request_interval = DEFAULT_INTERVAL;
     load_upgrade_request();
-    curl_global_init(CURL_GLOBAL_ALL);
     return monotonic_seconds() - g_request_interval; // the first check is due at once
 }
 
@@ -140,7 +148,11 @@ void http_upgrade_round(time_t *last_check) {
     if (now - *last_check < g_request_interval) return;
     int result = query_upgrade();
     *last_check = now;
-    if (result == 0 && offer().version[0] != '\0' && offer().url[0] != '\0') http_upgrading();
+    if (result != 0 || offer().version[0] == '\0' || offer().url[0] == '\0') return;
+    if (accepted_lately(offer().version, offer().md5))
+        LOG("#http upgrade# version[%s] was accepted a moment ago", offer().version);
+    else
+        http_upgrading();
 }
 
 int http_upgrade_thread_start() {

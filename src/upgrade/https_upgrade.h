@@ -20,16 +20,17 @@ extern std::atomic<int64_t> g_request_interval;
 // Sets it, unbounded: 0 or less checks every second. Any thread.
 void set_http_upgrade_check_interval(long seconds);
 
-// What the upgrade thread does before its loop: default interval, identity and addresses from the router,
-// libcurl. Returns the time of the "last check", so that the first round checks at once.
+// What the upgrade thread does before its loop: default interval, identity and addresses from the
+// router. Returns the time of the "last check", so that the first round checks at once.
 time_t http_upgrade_start();
-// One round of its loop, without the second's pause: a check when one is due, and the upgrade that it found.
+// One round of its loop, without the second's pause: a check when one is due, and the upgrade that it found,
+// unless the router has accepted the same one within the last ten minutes.
 void http_upgrade_round(time_t *last_check);
 
 // The steps, of the upgrade thread.
 // Loads the address into IMAGE_FILE. The libcurl code; 1 when nothing could be started.
 int curl_download_file(const char *address);
 int query_upgrade();   // the reply's "code" (0: the request context holds the answer), a libcurl code, or -1
-void http_upgrading(); // loads, checks and hands over the image that the request context names
+void http_upgrading(); // in its turn, loads, checks and hands over the image that the request context names
 void report_upgrade_progress(int progress, const char *reason);
 Text<33> get_file_md5(const char *path); // 32 lower-case hex digits, empty when the file cannot be read

@@ -8,6 +8,7 @@
 #include "core/text.h"
 #include "relay/event_client.h"
 #include "upgrade/firmware.h"
+#include "upgrade/upgrade_turn.h"
 
 namespace {
 
@@ -31,8 +32,7 @@ using Datagram = Text<128>;
 
 int download(const char *url) {
     if (!url || url[0] == '\0') return NOT_STARTED;
-    unlink(DOWNLOAD_FILE);
-    const int result = fetch_image(url, DOWNLOAD_FILE, ProgressMeter::hidden);
+    const int result = fetch_image(url, DOWNLOAD_FILE, 0, ProgressMeter::hidden);
     return result == FETCH_NO_FILE ? NOT_STARTED : result;
 }
 
@@ -57,6 +57,7 @@ int hand_over(const char *mac) {
     if (result != 0) {
         LOG("upgrade fail");
         report_failure(mac, PROGRESS_REFUSED, "upgrade fail");
+        unlink(DOWNLOAD_FILE);
         qvtk_set_download_upgrade_result(0);
         return result;
     }
@@ -72,6 +73,11 @@ int hand_over(const char *mac) {
 
 int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const char *version,
                        const char *strategy) {
+    UpgradeTurn turn;
+    if (!turn) {
+        LOG("upgrade refused: the one before it was accepted");
+        return UPGRADE_SUPERSEDED;
+    }
     unlink(DOWNLOAD_FILE);
     delete_upgrade_log();
     log_new_version(version, strategy);
@@ -92,7 +98,9 @@ int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const 
         return 1;
     }
     upgrade_progress(PROGRESS_CHECKED);
-    return hand_over(mac);
+    result = hand_over(mac);
+    if (result == 0) turn.accepted(version, md5);
+    return result;
 }
 
 void upgrade_progress(int value) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "upgrade/upgrade_report.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
@@ -43,8 +44,11 @@ int take_member(json_object *record, const char *key, char *to, int size, LogSit
     return HEAD_OK;
 }
 
+std::atomic_flag reporting; // set while the thread runs
+
 void *upgrade_result_proc(void *) {
     upgrade_report_progress();
+    reporting.clear();
     LOG("pthread_exit\n");
     return nullptr;
 }
@@ -103,7 +107,12 @@ int upgrade_result_thread(const char *path) {
         LOG("no need report upgrade progress");
         return result;
     }
+    if (reporting.test_and_set()) {
+        LOG("the report is under way");
+        return 0;
+    }
     if (start_detached(upgrade_result_proc, nullptr) != 0) {
+        reporting.clear();
         LOG("create pthread fail");
         return NO_THREAD;
     }

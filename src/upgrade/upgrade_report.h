@@ -10,8 +10,9 @@ int get_upgrade_info(const char *path, char *version, char *strategy, int versio
 // Body, signature and address of the report, as build_request makes them.
 int post_upgradeprogress_head(char *body, char *sign, char *url, int body_size, int sign_size, int url_size);
 
-// Reports the outcome of an upgrade that the log at `path` tells of, on a thread of its own. 0 when that was
-// started or there is no log; the code of get_upgrade_info; 100001 when there is no thread. Any thread.
+// Reports the outcome of an upgrade that the log at `path` tells of, on a thread of its own, one at a time. 0
+// when that was started or is under way, or there is no log; the code of get_upgrade_info; 100001 when there
+// is no thread. Any thread.
 int upgrade_result_thread(const char *path);
 // The report with its retries; blocks up to some 16 minutes.
 void upgrade_report_progress();

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -90,6 +91,54 @@ TEST(Files, AreReplacedWholeOrNotAtAll) {
     for (const char *left : {"/tmp/file.bak", "/tmp/directory.bak"})
         EXPECT_FALSE(std::filesystem::exists(left));
     EXPECT_FALSE(write_all(Descriptor(open("/dev/full", O_WRONLY)).get(), "x", 1));
+}
+
+// Names in a folder that others write to, each with what stands there already.
+TEST(Files, OfOthersAreNeitherWrittenToNorRead) {
+    constexpr uid_t SOMEBODY = 12345;
+    struct Row {
+        const char *name;
+        std::function<void(const char *)> make;
+        bool is_read;
+    };
+    const auto link = [](const char *path) { std::filesystem::create_symlink("/tmp/target", path); };
+    const auto fifo = [](const char *path) { mkfifo(path, 0666); };
+    const auto file = [](const char *path) { std::ofstream(path) << "content"; };
+    const auto foreign = [](auto make) {
+        return [make](const char *path) {
+            make(path);
+            EXPECT_EQ(lchown(path, SOMEBODY, SOMEBODY), 0);
+        };
+    };
+    const Row rows[] = {
+        {"own file", file, true},        {"file of another", foreign(file), false},
+        {"own link", link, true},        {"link of another", foreign(link), false},
+        {"FIFO", fifo, false},           {"FIFO of another", foreign(fifo), false},
+        {"nothing", [](auto) {}, false},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        std::ofstream("/tmp/target") << "content";
+        std::filesystem::remove("/tmp/name");
+        row.make("/tmp/name");
+        std::string content = "kept";
+        EXPECT_EQ(read_own_file("/tmp/name", 100, &content), row.is_read);
+        EXPECT_EQ(content, row.is_read ? "content" : "kept");
+        for (const char *path : {"/tmp/name", "/tmp/other.bak"}) {
+            std::filesystem::remove(path);
+            row.make(path);
+        }
+        const Descriptor made = create_private_file("/tmp/name");
+        EXPECT_TRUE(made && write_all(made.get(), "new", 3));
+        EXPECT_EQ(text_of("/tmp/name"), "new");
+        EXPECT_EQ(std::filesystem::status("/tmp/name").permissions(), std::filesystem::perms{0600});
+        EXPECT_TRUE(replace_file("/tmp/other", "new", 0644));
+        EXPECT_EQ(text_of("/tmp/other"), "new");
+        EXPECT_EQ(text_of("/tmp/target"), "content");
+    }
+    std::filesystem::create_directory("/tmp/directory");
+    EXPECT_FALSE(create_private_file("/tmp/directory"));
+    EXPECT_FALSE(open_own_file("/tmp/directory"));
 }
 
 TEST(Command, Results) {

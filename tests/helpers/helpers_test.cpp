@@ -2,6 +2,7 @@
 // The helper programs as built, run by name as the agent runs them.
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <gmock/gmock.h>
@@ -30,6 +31,11 @@ void expect(const std::string &command, const std::string &line) {
         line.empty() || line == USAGE ? "" : command.substr(0, command.find(' ')) + ": ";
     EXPECT_THAT(text_of("/tmp/run.err"), MatchesRegex(line.empty() ? "" : start + line + "\n"));
     EXPECT_EQ(text_of("/tmp/run.out"), "");
+}
+
+void give_away(const char *path) {
+    constexpr uid_t SOMEBODY = 12345;
+    EXPECT_EQ(chown(path, SOMEBODY, SOMEBODY), 0);
 }
 
 struct Helpers : CloudRig, testing::Test {
@@ -107,6 +113,7 @@ TEST_F(Helpers, SettingsAreKeptWhole) {
 
 TEST_F(Helpers, ConfigurationIsFetchedWholeOrNotAtAll) {
     const std::tuple<size_t, cloudsim::Fault, std::string> cases[] = {
+        {0, cloudsim::Fault{}, "the server sent an empty configuration"},
         {1, cloudsim::Fault{}, ""},
         {1024 * 1024, cloudsim::Fault{}, ""},
         {1024 * 1024 + 1, {}, "transfer failed: .*"},
@@ -138,6 +145,11 @@ TEST_F(Helpers, AddressFileThatIsNoAddress) {
             std::ofstream(ADDRESS) << address;
             expect(command, line);
         }
+        give_away(ADDRESS);
+        expect(command, "cannot read /tmp/url.txt");
+        fs::remove(ADDRESS);
+        mkfifo(ADDRESS, 0600);
+        expect(command, "cannot read /tmp/url.txt");
     }
     EXPECT_FALSE(fs::exists(CONFIGURATION));
 }
@@ -151,7 +163,11 @@ TEST_F(Helpers, FilesArePut) {
         EXPECT_TRUE(cloud.uploaded("capture.pcap") == bytes) << size;
     }
     expect("common_put_file /tmp/none", "cannot read /tmp/none");
-    expect("common_put_file /tmp", "/tmp is not a file");
+    mkfifo("/tmp/fifo", 0600);
+    std::ofstream("/tmp/foreign") << "bytes";
+    give_away("/tmp/foreign");
+    for (const char *path : {"/tmp", "/tmp/fifo", "/tmp/foreign"})
+        expect(std::string("common_put_file ") + path, path + std::string(" is not a file of the agent's"));
     cloud.fault({.endpoint = "upload", .status = 403});
     expect("common_put_file /tmp/cap.pcap", "the server answered HTTP 403");
 }
@@ -165,6 +181,9 @@ TEST_F(Helpers, NewestBackupIsPosted) {
         std::ofstream(name) << name;
         fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::seconds(age));
     }
+    std::ofstream("/tmp/f_g_newest.config") << "of somebody else";
+    give_away("/tmp/f_g_newest.config");
+    mkfifo("/tmp/f_i_fo.config", 0600);
     expect("post_file", "");
     const cloudsim::Request request = cloud.requests().at(0);
     EXPECT_EQ(request.path, cloudsim::upload_config_path);

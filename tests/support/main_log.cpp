@@ -29,10 +29,10 @@ static std::string message_of(const std::string &line) {
     return line.substr(static_cast<size_t>(end));
 }
 
-std::vector<std::string> log_messages() {
+std::vector<std::string> log_messages(const std::string &log) {
     std::vector<std::string> messages;
-    std::istringstream log(main_log());
-    for (std::string line; std::getline(log, line);)
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);)
         messages.push_back(message_of(line));
     return messages;
 }

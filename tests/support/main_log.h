@@ -17,9 +17,9 @@ void set_default_logs();
 // A log's text as it stands, empty when there is none.
 std::string main_log();
 std::string upgrade_log();
-// The messages of the main log, without time, function and line. A message that ends in a line feed is
-// followed by an empty one.
-std::vector<std::string> log_messages();
+// The messages of a log, the main one by default, without time, function and line. A message that ends in a
+// line feed is followed by an empty one.
+std::vector<std::string> log_messages(const std::string &log = main_log());
 // True when the main log has that message; within the limit for the second.
 bool has_logged(const std::string &message);
 bool wait_for_log(const std::string &message, std::chrono::milliseconds limit = std::chrono::seconds(10));

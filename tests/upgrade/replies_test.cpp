@@ -138,20 +138,24 @@ TEST(Requests, SetTheirOptionsInOrder) {
     EXPECT_EQ(curl_post(nullptr, 0, &reply, CHECK_URL, 1714550400), 2);
     curl_post("{\"a\":1}", 7, &reply, CHECK_URL, 1714550400);
     EXPECT_THAT(curl_spy.options,
-                ElementsAre("TIMEOUT=15", std::string("URL=") + CHECK_URL,
+                ElementsAre("PROTOCOLS_STR=set", "REDIR_PROTOCOLS_STR=set", "TIMEOUT=15",
+                            std::string("URL=") + CHECK_URL,
                             "HTTPHEADER=Content-Type: application/json|"
                             "sign: b0e56a688b5019f5af5e38fd07e66b7e7b4f781f|",
                             "POST=1", "POSTFIELDSIZE=7", "POSTFIELDS={\"a\":1}", "WRITEFUNCTION=set",
                             "WRITEDATA=set", "SSL_VERIFYPEER=0", "SSL_VERIFYHOST=0", "NOSIGNAL=1"));
     const std::string image = rig.cloud.url("/firmware/router.img");
-    std::vector<std::string> options = {"URL=" + image,      "SSL_VERIFYPEER=0", "SSL_VERIFYHOST=0",
-                                        "NOPROGRESS=0",      "WRITEDATA=set",    "TIMEOUT=600",
-                                        "CONNECTTIMEOUT=60", "NOSIGNAL=1"};
+    std::vector<std::string> options = {"PROTOCOLS_STR=set", "REDIR_PROTOCOLS_STR=set",
+                                        "URL=" + image,      "SSL_VERIFYPEER=0",
+                                        "SSL_VERIFYHOST=0",  "NOPROGRESS=0",
+                                        "WRITEFUNCTION=set", "WRITEDATA=set",
+                                        "TIMEOUT=600",       "CONNECTTIMEOUT=60",
+                                        "NOSIGNAL=1",        "HTTP_CONTENT_DECODING=0"};
     curl_spy.options.clear();
     EXPECT_EQ(curl_download_file(image.c_str()), 0);
     EXPECT_EQ(curl_spy.options, options);
     curl_spy.options.clear();
-    EXPECT_EQ(fetch_image(image.c_str(), "/tmp/image", ProgressMeter::hidden), 0);
+    EXPECT_EQ(fetch_image(image.c_str(), "/tmp/image", 0, ProgressMeter::hidden), 0);
     std::erase(options, "NOPROGRESS=0");
     EXPECT_EQ(curl_spy.options, options);
 }

@@ -29,6 +29,14 @@ TEST_F(HelperRuns, UpgradeIsReportedOnlyWhenThereWasOne) {
     EXPECT_EQ(upgrade_result_thread("/tmp/upgrade.log"), 0);
     EXPECT_TRUE(wait_for_log("pthread_exit"));
     EXPECT_EQ(helper.take_runs(), "3\n");
+    // coming online again and again while it fails makes no more of them
+    helper.answer("1");
+    clear_main_log();
+    moving_clock::on_pause([](auto) { EXPECT_EQ(upgrade_result_thread("/tmp/upgrade.log"), 0); });
+    EXPECT_EQ(upgrade_result_thread("/tmp/upgrade.log"), 0);
+    EXPECT_TRUE(wait_for_log("pthread_exit"));
+    EXPECT_THAT(log_messages(), testing::Contains("the report is under way").Times(10));
+    EXPECT_EQ(helper.take_runs(), "3\n3\n3\n3\n3\n3\n3\n3\n3\n3\n");
 }
 
 TEST(UpgradeInfo, ReadsTheFirstRecordOfTheLog) {

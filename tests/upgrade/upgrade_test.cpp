@@ -3,8 +3,10 @@
 #include "upgrade/https_upgrade.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <gmock/gmock.h>
 
@@ -15,6 +17,7 @@
 #include "support/curl_spy.h"
 #include "support/event_catcher.h"
 #include "support/moving_clock.h"
+#include "support/text_file.h"
 #include "upgrade/firmware.h"
 #include "upgrade/sdk_upgrade.h"
 
@@ -31,6 +34,8 @@ constexpr size_t IMAGE_SIZE = 300 * 1024;
 constexpr char IMAGE_MD5[] = "aef3b4c66f65521180a66d3dd93a41dc";
 constexpr char UPPER_MD5[] = "AEF3B4C66F65521180A66D3DD93A41DC";
 constexpr const char *IMAGES[] = {"qvtk_upgrade.bin", "firmware.img"};
+constexpr char BEFORE[] = "buf:{\"newversion\": \"V1.9.9\", \"strategy\": \"old\"}\n";
+constexpr char VICTIM[] = "/apetc/victim";
 constexpr char NOBODY[] = "https://127.0.0.1:1/";
 constexpr long INTERVAL = 1800 * 1000; // milliseconds between two checks
 
@@ -53,7 +58,9 @@ std::string said(const std::string &message) {
 std::string left(const char *image) {
     const bool logged =
         upgrade_log().find(R"(buf:{"newversion": "V2.0.0", "strategy": "force"})") != std::string::npos;
-    return std::string(fs::is_regular_file(image) ? ", image" : "") + (logged ? ", log" : "");
+    const bool old = upgrade_log().starts_with(BEFORE);
+    return std::string(fs::is_regular_file(fs::symlink_status(image)) ? ", image" : "") +
+           (logged ? ", log" : "") + (old ? ", log of before" : "");
 }
 
 struct Rig : CloudRig {
@@ -63,7 +70,6 @@ struct Rig : CloudRig {
         router.set_state("/sim/restartdelay", "3600000");           // milliseconds: after the test
         firmware.name = "router.img";
         firmware.image = std::string(IMAGE_SIZE, 'i');
-        firmware.version = "V2.0.0";
         firmware.strategy = "force";
         repair();
     }
@@ -78,7 +84,8 @@ struct Rig : CloudRig {
         router.clear_faults();
         router.clear_calls();
         qvtk_set_download_upgrade_result(-1);
-        delete_upgrade_log();
+        std::ofstream(UPGRADE_LOG) << BEFORE;
+        firmware.version = "V2.0.0";
         firmware.url = cloud.url("/firmware/router.img");
         firmware.md5 = IMAGE_MD5;
         firmware.wrong_size = false;
@@ -126,6 +133,17 @@ void take_file_names(Rig &) {
         fs::create_directory("/aptmp/" + image);
 }
 
+void leave_links(Rig &) {
+    std::ofstream(VICTIM) << "kept";
+    for (const std::string image : IMAGES)
+        fs::create_symlink(VICTIM, "/aptmp/" + image);
+}
+
+void leave_fifos(Rig &) {
+    for (const std::string image : IMAGES)
+        mkfifo(("/aptmp/" + image).c_str(), 0666);
+}
+
 void end_soon(Rig &) {
     curl_spy.limits = {{IMAGE_SECONDS, 300}};
 }
@@ -150,6 +168,10 @@ const Case CASES[] = {
     {"cut before last byte", NOT_LOADED, NOT_LOADED, {.cut = IMAGE_SIZE - 1}},
     {"disk full", NOT_LOADED, NOT_LOADED, {}, [](Rig &) { limit_files(64 * 1024); }},
     {"file not writable", NOT_LOADED, NOT_LOADED, {}, take_file_names},
+    {"file names are links", FLASHED, FLASHED, {}, leave_links},
+    {"file names are FIFOs", FLASHED, FLASHED, {}, leave_fifos},
+    {"file of the device", NOT_LOADED, NOT_LOADED, {}, [](Rig &r) { r.firmware.url = "file:///etc/passwd"; }},
+    {"other scheme", NOT_LOADED, NOT_LOADED, {}, [](Rig &r) { r.firmware.url = "ftp://127.0.0.1/x"; }},
     {"http 404", WRONG_DIGEST, WRONG_SIZE, {.status = 404, .body = "<html>"}},
     {"http 500", WRONG_DIGEST, WRONG_SIZE, {.status = 500, .body = "<html>"}},
     {"one byte more", WRONG_DIGEST, WRONG_SIZE, {.wrong_size = true}},
@@ -159,6 +181,7 @@ const Case CASES[] = {
     {"upper-case digest", FLASHED, FLASHED, {}, [](Rig &r) { r.firmware.md5 = UPPER_MD5; }},
     {"other size announced", FLASHED, WRONG_SIZE, {}, [](Rig &r) { r.firmware.wrong_size = true; }},
     {"no address", NOT_LOADED, NOT_OFFERED, {}, [](Rig &r) { r.firmware.url = ""; }},
+    {"no version", FLASHED, NOT_OFFERED, {}, [](Rig &r) { r.firmware.version = ""; }},
     {"flash refused", REFUSED, REFUSED, {}, refuse_to_flash},
 };
 
@@ -185,13 +208,14 @@ void expect_all(const std::string &image, std::string (Rig::*upgrade)(), Outcome
             const bool asked = outcome == FLASHED || outcome == REFUSED;
             EXPECT_EQ(rig.arguments("vrop", "upgrade"), std::vector(asked, request));
         }
+    EXPECT_EQ(text_of(VICTIM), "kept");
 }
 
 TEST(Upgrade, BySdk) {
     const std::vector<std::string> ends = {
         " 10 60 80 100 0 upgrade ok, returns 0, keeps 1, image, log",
-        " 10 60 80 -1 1 upgrade fail, returns -1, keeps 0, image, log",
-        " 10 -3 1 download error, returns -?[1-9][0-9]*, keeps -1(, image)?, log",
+        " 10 60 80 -1 1 upgrade fail, returns -1, keeps 0, log",
+        " 10 -3 1 download error, returns -?[1-9][0-9]*, keeps -1, log",
         "",
         " 10 60 -4 1 md5 error, returns 1, keeps -1, log",
     };
@@ -205,7 +229,7 @@ TEST(Upgrade, ByHttps) {
         " -3 download fail, ret:[1-9][0-9]*",
         " 50  -2 size error, local size:[0-9]+, size:30720[01]",
         " 50  -2 MD5 error, local file MD5:[0-9a-f]{32}, recv MD5:[0-9a-f]*",
-        "",
+        ", log of before",
     };
     expect_all("firmware.img", &Rig::by_https, &Case::by_https, ends);
 }
@@ -234,10 +258,14 @@ TEST(Upgrade, NothingToLoadFromOrWith) {
     EXPECT_EQ(rig.told_cloud(), " -3 download fail, ret:1");
     rig.repair();
     curl_spy.init_fails = true;
-    EXPECT_EQ(rig.by_https(), "");
+    EXPECT_EQ(rig.by_https(), ", log of before");
     EXPECT_TRUE(has_logged("#http upgrade# curl_easy_init error"));
     EXPECT_EQ(curl_download_file(NOBODY), 1);
-    EXPECT_EQ(rig.by_sdk(), " 10 60 -4 1 md5 error, returns 1, keeps -1, log");
+    for (const char *digest : {IMAGE_MD5, ""}) {
+        rig.firmware.md5 = digest;
+        EXPECT_EQ(rig.by_sdk(), " 10 60 -4 1 md5 error, returns 1, keeps -1, log");
+    }
+    rig.repair();
     curl_spy.init_fails = false;
     EXPECT_EQ(rig.by_https(), " 50 , image, log");
 }
@@ -254,11 +282,63 @@ TEST(HttpsUpgrade, ChecksEveryIntervalFromTheStartOfTheLastCheck) {
         return rig.cloud.requests().size();
     };
     EXPECT_EQ(checks_within(3600), 2U);
+    rig.cloud.fault({.endpoint = "check-upgrade", .count = 4, .drop = true}); // a check of 30 seconds
+    EXPECT_EQ(checks_within(1), 4U);
+    EXPECT_EQ(checks_within(1800 - 31), 0U);
+    EXPECT_EQ(checks_within(1), 1U);
+    moving_clock::advance(INTERVAL);
     for (const auto &[interval, checks] : {std::pair{50, 2U}, {0, 100U}, {-7, 100U}}) {
         set_http_upgrade_check_interval(interval);
         EXPECT_EQ(checks_within(100), checks);
         EXPECT_TRUE(has_logged("#http upgrade# g_request_interval:" + std::to_string(interval)));
     }
+}
+
+TEST(HttpsUpgrade, AcceptedOfferIsNotCarriedOutAgainForTenMinutes) {
+    Rig rig;
+    set_http_upgrade_check_interval(0);
+    EXPECT_EQ(rig.by_https(), " 50 , image, log");
+    const Descriptor accepted(open("/aptmp/firmware.img", O_RDONLY));
+    auto asked_within = [&](int seconds) {
+        rig.router.clear_calls();
+        for (int i = 0; i < seconds; i++) {
+            moving_clock::advance(1000);
+            http_upgrade_round(&rig.last_check);
+        }
+        return rig.arguments("vrop", "upgrade").size();
+    };
+    EXPECT_EQ(asked_within(599), 0U);
+    EXPECT_EQ(asked_within(1), 1U);
+    const std::string other(IMAGE_SIZE / 2, 'o');
+    rig.cloud.offer({.name = "router.img", .image = other, .version = "V2.0.0"});
+    EXPECT_EQ(asked_within(2), 1U); // another digest makes another offer
+    EXPECT_EQ(text_of("/aptmp/firmware.img"), other);
+    // and who has the first one open has it whole
+    EXPECT_TRUE(text_of("/proc/self/fd/" + std::to_string(accepted.get())) == rig.firmware.image);
+}
+
+TEST(Upgrade, LinesGoToTheirLog) {
+    Rig rig;
+    rig.by_sdk();
+    const std::string progress = R"(buf:{"action": "upgradeProgress", "progress": )";
+    EXPECT_THAT(log_messages(upgrade_log()),
+                ElementsAre(R"(buf:{"newversion": "V2.0.0", "strategy": "force"})", progress + "10}",
+                            progress + "60}", progress + "80}", progress + "100}",
+                            "download upgrade result:1"));
+    rig.repair();
+    rig.firmware.url = NOBODY;
+    rig.by_https();
+    std::vector<std::string> both, expected;
+    for (const char *end :
+         {"start retry", "retry count[1]", "retry count[2]", "retry count[3]", "exit retry"}) {
+        both.push_back(std::string("#http upgrade# curl_download_file ret[7], ") + end);
+        expected.insert(expected.end(), {both.back(), ""});
+    }
+    EXPECT_THAT(log_messages(), testing::IsSupersetOf(both));
+    expected.emplace_back("report_upgrade_progress progress[-3], reason[download fail, ret:7]");
+    EXPECT_EQ(log_messages(upgrade_log()), expected);
+    for (const char *only_there : {"newversion", "upgradeProgress", "report_upgrade_progress progress"})
+        EXPECT_THAT(main_log(), testing::Not(HasSubstr(only_there)));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include "devices/runtime.h"
 
 #include <cstdlib>
-#include <unistd.h>
 
 #include "core/clock.h"
 #include "core/json_path.h"
@@ -45,7 +44,7 @@ void report_last_day() {
 void close_day(long second) {
     LOG("start update log");
     runtimeList_finalUpdate(DAY - second);
-    unlink(RUNTIME_FILE);
+    remove_runtime_file();
     clear_backupSta();
     pause_seconds(CLOSING_PAUSE);
 }

@@ -1,11 +1,34 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/runtime_file.h"
 
-#include <cstring>
+#include <algorithm>
+#include <mutex>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include "core/clock.h"
 #include "core/files.h"
 #include "core/json_path.h"
 #include "core/text.h"
+
+namespace {
+
+constexpr mode_t RUNTIME_FILE_MODE = 0666;
+
+std::mutex runtime_file_mutex; // held from the reading to the replacement
+
+bool replace_locked(json_object *array) {
+    return replace_file(RUNTIME_FILE, runtime_text(array), RUNTIME_FILE_MODE);
+}
+
+int64_t number_of(json_object *entry, const char *key, int64_t absent) {
+    constexpr int64_t LIMIT = int64_t{1} << 60;
+    json_object *member = nullptr;
+    if (JsonGetObj(entry, key, &member) == 0) return absent;
+    return std::clamp(json_object_get_int64(member), -LIMIT, LIMIT);
+}
+
+} // namespace
 
 JsonRoot read_runtime_array(const char *path, bool *open_failed) {
     std::string text;
@@ -20,18 +43,46 @@ std::string runtime_text(json_object *array) {
     return JsonPlainText(array, RUNTIME_TEXT_MAX);
 }
 
-void replace_runtime_file(json_object *array, LogSite site) {
-    if (replace_file(RUNTIME_FILE, runtime_text(array), RUNTIME_FILE_MODE))
-        LOG_AT(site, "rename ok");
-    else
-        LOG_AT(site, "rename fail");
+RuntimeUpdate update_runtime_file(const RuntimeChange &change) {
+    std::lock_guard lock(runtime_file_mutex);
+    bool open_failed = false;
+    JsonRoot entries = read_runtime_array(RUNTIME_FILE, &open_failed);
+    if (open_failed) return RuntimeUpdate::no_file;
+    if (!entries) return RuntimeUpdate::no_array;
+    JsonRoot changed = change(entries.get());
+    if (!changed) return RuntimeUpdate::kept;
+    return replace_locked(changed.get()) ? RuntimeUpdate::replaced : RuntimeUpdate::failed;
+}
+
+bool write_runtime_file(json_object *array) {
+    std::lock_guard lock(runtime_file_mutex);
+    return replace_locked(array);
+}
+
+void remove_runtime_file() {
+    std::lock_guard lock(runtime_file_mutex);
+    unlink(RUNTIME_FILE);
+}
+
+void log_replacement(RuntimeUpdate result, LogSite site) {
+    if (result == RuntimeUpdate::replaced) LOG_AT(site, "rename ok");
+    if (result == RuntimeUpdate::failed) LOG_AT(site, "rename fail");
 }
 
 bool is_entry_of(json_object *entry, const char *mac) {
     const char *own = JsonGetStr(entry, "mac");
     if (!own) return false;
-    char capitals[32];
-    copy_text(capitals, mac);
-    lowercasestr_capitalstr(capitals);
-    return strcmp(own, capitals) == 0;
+    std::string stored(own), capitals(mac);
+    lowercasestr_capitalstr(capitals.data());
+    std::erase(stored, ':');
+    std::erase(capitals, ':');
+    return !capitals.empty() && stored == capitals;
+}
+
+int64_t entry_runtime(json_object *entry) {
+    return number_of(entry, "runTime", 0);
+}
+
+int64_t entry_timestamp(json_object *entry) {
+    return number_of(entry, "timestamp", now_seconds());
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The runtime file of today and the day file that is made of it.
-#include <algorithm>
 #include <cinttypes>
 
 #include "core/bus.h"
@@ -26,23 +25,9 @@ int64_t within_a_day(int64_t seconds) {
     return seconds > DAY ? seconds - DAY : seconds;
 }
 
-// A number of the file, which others may have written: an absent one counts as `absent`, and none is so large
-// that sums of them overflow.
-int64_t number_of(json_object *entry, const char *key, int64_t absent) {
-    constexpr int64_t LIMIT = int64_t{1} << 60;
-    json_object *member = nullptr;
-    if (JsonGetObj(entry, key, &member) == 0) return absent;
-    return std::clamp(json_object_get_int64(member), -LIMIT, LIMIT);
-}
-
-int64_t runtime_of(json_object *entry) {
-    return number_of(entry, "runTime", 0);
-}
-
 // Seconds until now from when the entry's runtime was taken.
 int64_t seconds_since_taken(json_object *entry) {
-    const int64_t now = now_seconds();
-    return now - number_of(entry, "timestamp", now);
+    return now_seconds() - entry_timestamp(entry);
 }
 
 void add_station(json_object *log, json_object *station) {
@@ -100,14 +85,14 @@ JsonRoot named_entry(json_object *old) {
 JsonRoot updated_entry(json_object *old, const char *gone_mac) {
     JsonRoot entry = named_entry(old);
     if (!entry) return entry;
-    int64_t seconds = within_a_day(runtime_of(old));
+    int64_t seconds = within_a_day(entry_runtime(old));
     if (is_entry_of(old, gone_mac)) {
         LOG("update runTime");
         seconds += seconds_since_taken(old);
         LOG("onlineTime:%" PRId64, seconds);
     }
     JsonSetInt64(entry.get(), nullptr, "runTime", seconds);
-    JsonSetInt64(entry.get(), nullptr, "timestamp", JsonGetInt64(old, "timestamp"));
+    JsonSetInt64(entry.get(), nullptr, "timestamp", entry_timestamp(old));
     if (json_object *notice = nullptr; JsonGetObj(old, "onlineNotice", &notice))
         JsonSetInt64(entry.get(), nullptr, "onlineNotice", json_object_get_int64(notice));
     return entry;
@@ -116,26 +101,30 @@ JsonRoot updated_entry(json_object *old, const char *gone_mac) {
 JsonRoot final_entry(json_object *old) {
     JsonRoot entry = named_entry(old);
     if (!entry) return entry;
-    const int64_t seconds = runtime_of(old) + seconds_since_taken(old);
+    const int64_t seconds = entry_runtime(old) + seconds_since_taken(old);
     LOG("onlineTime:%" PRId64, seconds);
     JsonSetInt64(entry.get(), nullptr, "runTime", seconds);
     return entry;
 }
 
+void log_unread(const char *path, bool open_failed, LogSite site) {
+    if (open_failed)
+        LOG_AT(site, "open file:%s fail\n", path);
+    else
+        LOG_AT(site, "JsonStr Token fail");
+}
+
 JsonRoot report_entry(json_object *old) {
     if (!JsonGetStr(old, "mac")) return nullptr;
     JsonRoot entry = named_entry(old);
-    if (entry) JsonSetInt64(entry.get(), nullptr, "runTime", runtime_of(old));
+    if (entry) JsonSetInt64(entry.get(), nullptr, "runTime", entry_runtime(old));
     return entry;
 }
 
 JsonRoot read_logged(const char *path, LogSite site = LogSite::here()) {
     bool open_failed = false;
     JsonRoot entries = read_runtime_array(path, &open_failed);
-    if (open_failed)
-        LOG_AT(site, "open file:%s fail\n", path);
-    else if (!entries)
-        LOG_AT(site, "JsonStr Token fail");
+    if (!entries) log_unread(path, open_failed, site);
     return entries;
 }
 
@@ -146,16 +135,17 @@ void runtimeList_init() {
     pause_seconds(SETTLE_PAUSE);
     JsonRoot log = get_apDevice_dayLog();
     if (!log) return;
-    const std::string text = runtime_text(log.get());
-    LOG("buf:%s", text.c_str());
-    if (!replace_file(RUNTIME_FILE, text, RUNTIME_FILE_MODE)) LOG("open file:%s fail", RUNTIME_FILE);
+    LOG("buf:%s", runtime_text(log.get()).c_str());
+    if (!write_runtime_file(log.get())) LOG("open file:%s fail", RUNTIME_FILE);
 }
 
 void runtimeList_update(const char *mac) {
-    JsonRoot entries = read_logged(RUNTIME_FILE);
-    if (!entries) return;
-    JsonRoot updated = rebuild(entries.get(), [mac](json_object *old) { return updated_entry(old, mac); });
-    if (updated) replace_runtime_file(updated.get());
+    const RuntimeUpdate result = update_runtime_file([mac](json_object *entries) {
+        return rebuild(entries, [mac](json_object *old) { return updated_entry(old, mac); });
+    });
+    if (result == RuntimeUpdate::no_file || result == RuntimeUpdate::no_array)
+        log_unread(RUNTIME_FILE, result == RuntimeUpdate::no_file, LogSite::here());
+    log_replacement(result);
 }
 
 void runtimeList_finalUpdate(long) {

@@ -57,7 +57,7 @@ TEST_F(Runtime, FirstPollFillsTheFileAndAnnouncesNobody) {
 TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
     poll(tv(1, 60));
     std::ofstream(TODAY)
-        << R"([{"mac":"02A0C9000007","onlineNotice":0},{"mac":"02A0C9000008","onlineNotice":1}])";
+        << R"([{"mac":"02:A0:C9:00:00:07","onlineNotice":0},{"mac":"02:A0:C9:00:00:08","onlineNotice":1}])";
     const std::string stations = tv(7, 1) + R"(,{"mac":"02a0c9000009","devname":"phone \"9\"","uptime":1},)" +
                                  tv(1, 85) +
                                  R"(,{"mac":"02a0c9000008","devname":"Anna's / tablet","uptime":3})";
@@ -78,10 +78,11 @@ TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
 TEST_F(Runtime, NoticeIsThatOfTheEntryWithThatMac) {
     EXPECT_EQ(get_device_inform("aa"), 1);
     EXPECT_TRUE(has_logged("open file:/aptmp/client_runTime.log fail"));
-    std::ofstream(TODAY) << R"([1,null,"x",{"mac":"AA","onlineNotice":0},{"mac":"AA"},{"mac":"BB"},)"
-                            R"({"mac":"cc","onlineNotice":0},{"mac":"DD","onlineNotice":"0"}])";
+    std::ofstream(TODAY)
+        << R"([1,null,"x",{"mac":"AA","onlineNotice":0},{"mac":"AA"},{"mac":"BB"},)"
+           R"({"mac":"cc","onlineNotice":0},{"mac":"D:D","onlineNotice":"0"},{"mac":":","onlineNotice":0}])";
     for (const auto &[mac, notice] :
-         {std::pair{"aa", 0}, {"bb", 1}, {"cc", 1}, {"DD", 0}, {"ee", 1}, {"", -1}})
+         {std::pair{"aa", 0}, {"bb", 1}, {"cc", 1}, {"DD", 0}, {"d:d", 0}, {"ee", 1}, {":", 1}, {"", -1}})
         EXPECT_EQ(get_device_inform(mac), notice) << mac;
     EXPECT_EQ(get_device_inform(nullptr), -1);
 }
@@ -89,14 +90,15 @@ TEST_F(Runtime, NoticeIsThatOfTheEntryWithThatMac) {
 TEST_F(Runtime, DeparturesCloseTheirEntryLastFirst) {
     poll(tv(1, 60) + "," + tv(2, 60) + "," + tv(3, 60));
     std::ofstream(TODAY)
-        << R"([{"mac":"02A0C9000002","name":"b","runTime":100,"timestamp":1714550302,"onlineNotice":0},)"
-           R"({"mac":"02A0C9000003","name":"c","runTime":90000,"timestamp":1714550302},)"
-           R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])";
+        << R"([{"mac":"02:A0:C9:00:00:02","name":"b","runTime":100,"timestamp":1714550302,"onlineNotice":0},)"
+           R"({"mac":"02:A0:C9:00:00:03","name":"c","runTime":90000,"timestamp":1714550302},)"
+           R"({"mac":"02:a0:c9:00:00:02","name":"d","runTime":7,"timestamp":1714550302}])";
     EXPECT_EQ(poll(tv(1, 90)), 0); // 3 goes two seconds after the start, 2 two seconds later
-    EXPECT_EQ(text_of(TODAY),
-              R"([{"mac":"02A0C9000002","name":"b","runTime":202,"timestamp":1714550302,"onlineNotice":0},)"
-              R"({"mac":"02A0C9000003","name":"c","runTime":3700,"timestamp":1714550302},)"
-              R"({"mac":"02a0c9000002","name":"d","runTime":7,"timestamp":1714550302}])");
+    EXPECT_EQ(
+        text_of(TODAY),
+        R"([{"mac":"02:A0:C9:00:00:02","name":"b","runTime":202,"timestamp":1714550302,"onlineNotice":0},)"
+        R"({"mac":"02:A0:C9:00:00:03","name":"c","runTime":3700,"timestamp":1714550302},)"
+        R"({"mac":"02:a0:c9:00:00:02","name":"d","runTime":7,"timestamp":1714550302}])");
     EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000));
     EXPECT_EQ(poll(tv(1, 115)), 0);
     EXPECT_THAT(moving_clock::pauses(), IsEmpty());

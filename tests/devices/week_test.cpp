@@ -30,7 +30,7 @@ struct Client {
 };
 
 struct Entry {
-    std::string start; // its JSON text up to the runtime
+    std::string mac, start; // its JSON text up to the runtime
     long run_time;
     time_t taken;
 
@@ -76,7 +76,7 @@ class House {
             take_account(at + 2);
         else
             for (const std::string &mac : *known_)
-                if (!present.contains(mac)) close_one();
+                if (!present.contains(mac)) close_one(mac);
         known_ = present;
         return announced;
     }
@@ -107,12 +107,15 @@ class House {
     void take_account(time_t taken) {
         account_.clear();
         for (const Client &c : clients_)
-            account_.push_back({R"({"mac":")" + c.colon_mac + R"(","name":")" + c.name + R"(","runTime":)",
+            account_.push_back({c.mac,
+                                R"({"mac":")" + c.colon_mac + R"(","name":")" + c.name + R"(","runTime":)",
                                 within_a_day(now_seconds() - c.since), taken});
     }
-    void close_one() {
-        for (Entry &entry : account_)
+    void close_one(const std::string &mac) {
+        for (Entry &entry : account_) {
             entry.run_time = within_a_day(entry.run_time);
+            if (entry.mac == mac) entry.run_time += now_seconds() - entry.taken;
+        }
     }
     void arrive(time_t since) {
         const unsigned number = static_cast<unsigned>(random_());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Days and times of parental control as the cloud writes them and as the daemon writes them. Any thread.
+// Kinds of rules, days and times of parental control as the cloud writes them and as the daemon writes them.
+// Any thread.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +10,17 @@ inline constexpr int WEEK_DAYS = 7;
 inline constexpr size_t WEEK_TEXT_SIZE = WEEK_DAYS + 1;
 inline constexpr size_t DAY_TIME_SIZE = 16;   // "08:30" or "0830", and room for what is neither
 inline constexpr size_t TIME_FRAME_SIZE = 32; // "08:30-21:05"
+
+// The kinds of application rules: the cloud's key and the daemon's "apptype". The order is that of the device
+// document, which is not that of the numbers. A rule of type 0 or less is one of a plain address.
+struct AppKind {
+    const char *key;
+    int apptype;
+};
+inline constexpr AppKind APP_KINDS[] = {
+    {"ParentalGameControl", 1},   {"ParentalPayControl", 3},   {"ParentalShopControl", 5},
+    {"ParentalSocialControl", 2}, {"ParentalVideoControl", 4}, {"ParentalInstallControl", 6},
+};
 
 // Seven switches, Monday first, as the daemon's day digits: "0" is Sunday and comes first, "1" to "6" are
 // Monday to Saturday. Cut to size - 1 characters. 0, or -1 for a null argument or no room.

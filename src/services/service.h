@@ -8,6 +8,7 @@
 // shares with others it guards itself.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -21,6 +22,7 @@ enum class Parameters {
     unread,              // not looked at
     optional,            // none is a call without a request
     needed,              // none is refused, and so is an empty text
+    not_null,            // null is refused; an empty text is no JSON
     needed_may_be_empty, // null is refused; an empty text is a call without a request
 };
 
@@ -30,8 +32,10 @@ struct Service {
     Parameters parameters = Parameters::unread;
     const char *parse_tag = nullptr;    // what the console says of a text that is not JSON; null: nothing
     void (*before_parsing)() = nullptr; // runs once there is a text to parse
+    // Runs before the refusal of JSON that is no object, which is always 400 "{}" and -1.
+    void (*before_refusal)() = nullptr;
     // What becomes of parameters that are missing or cannot be parsed: no answer at all and -1, or 400 "{}"
-    // and -1. With an answer, JSON that is no object counts as unparsable.
+    // and -1.
     bool answers_bad_parameters = false;
 };
 
@@ -44,8 +48,9 @@ struct ServiceCall {
 
 // What the work is given. Log with LOG_AT(request.site, ...), so that the line bears the handler's name.
 struct ServiceRequest {
-    json_object *json; // borrowed; null without a request. Its members are read with core/json_path.h.
+    json_object *json; // an object, borrowed; null without a request. properties/field.h reads its members.
     LogSite site;
+    const char *text; // the parameters as they came; may be null
 };
 
 // What the handler says and returns.
@@ -53,6 +58,8 @@ struct ServiceAnswer {
     int code;         // 0: no answer is sent
     std::string body; // JSON text
     int result;       // what the handler returns to the SDK
+    // Runs once the answer has been sent.
+    void (*afterwards)(LogSite site, const ServiceAnswer &sent) = nullptr;
 };
 inline constexpr int SERVICE_OK = 200;
 inline constexpr int SERVICE_FAILED = 400;
@@ -63,6 +70,15 @@ ServiceAnswer answer_done();                                 // 200 "{}"
 // A failure: 400 unless another code is named.
 ServiceAnswer answer_failed(std::string body = "{}", int result = -1, int code = SERVICE_FAILED);
 ServiceAnswer no_answer(int result = -1);
+// The same answer; once it has been sent, set_flag goes down.
+ServiceAnswer lowering_set_flag(ServiceAnswer answer);
+
+// The longest that a request may have a service wait; the SDK waits no longer for its answer either.
+inline constexpr int LONGEST_PAUSE_SECONDS = 600;
+// Seconds of a request as what a sleep can be: 0 for negative ones, LONGEST_PAUSE_SECONDS for more.
+inline unsigned pause_of_request(int seconds) {
+    return static_cast<unsigned>(std::clamp(seconds, 0, LONGEST_PAUSE_SECONDS));
+}
 
 using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 
@@ -70,7 +86,7 @@ using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site = LogSite::here());
 
 // The parameters' part of serve, for work that does something before it looks at them (Parameters::unread in
-// its Service, the text passed on in what `parameters` names). True, and the request (null for none) in
+// its Service, and the request's text). True, and the request (null for none) in
 // *json; false, after having logged why, for what is refused.
 bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
                      LogSite site);

@@ -21,7 +21,7 @@ apDevices 101000
 mesh 111000
 meshTopology 000000
 timeLed 111000
-hcdn 000000
+hcdn 111001
 ipv6Status 111000
 networkProtocol 111000
 wifi2gSeniorInfo 111000

@@ -4,6 +4,7 @@
 #include <openssl/ec.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
+#include <openssl/rsa.h>
 #include <openssl/x509v3.h>
 #include <stdexcept>
 
@@ -24,11 +25,11 @@ void add_extension(X509 *certificate, int kind, const char *value) {
     require(added, value);
 }
 
-void set_subject(X509 *certificate) {
-    X509_NAME *name = X509_get_subject_name(certificate);
-    const auto *text = reinterpret_cast<const unsigned char *>("cloudsim");
-    require(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, text, -1, -1, 0) == 1 &&
-                X509_set_issuer_name(certificate, name) == 1,
+void set_subject(X509 *certificate, const char *subject, const X509 *issuer) {
+    const auto *text = reinterpret_cast<const unsigned char *>(subject);
+    require(X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate), "CN", MBSTRING_ASC, text, -1, -1,
+                                       0) == 1 &&
+                X509_set_issuer_name(certificate, X509_get_subject_name(issuer)) == 1,
             "name it");
 }
 
@@ -41,19 +42,21 @@ void set_serial(X509 *certificate) {
 
 } // namespace
 
-Certificate make_certificate() {
-    Certificate made{TlsOwner<EVP_PKEY>(EVP_EC_gen("P-256")), TlsOwner<X509>(X509_new())};
+Certificate make_certificate(const CertificateWish &wish) {
+    EVP_PKEY *key = wish.rsa_bits > 0 ? EVP_RSA_gen(wish.rsa_bits) : EVP_EC_gen("P-256");
+    Certificate made{TlsOwner<EVP_PKEY>(key), TlsOwner<X509>(X509_new())};
+    const Certificate &issuer = wish.issuer ? *wish.issuer : made;
     X509 *certificate = made.certificate.get();
     require(made.key != nullptr && certificate != nullptr, "make a key");
     X509_set_version(certificate, X509_VERSION_3);
     set_serial(certificate);
-    ASN1_TIME_set_string(X509_getm_notBefore(certificate), "20000101000000Z");
-    ASN1_TIME_set_string(X509_getm_notAfter(certificate), "20991231235959Z");
+    ASN1_TIME_set_string(X509_getm_notBefore(certificate), wish.not_before);
+    ASN1_TIME_set_string(X509_getm_notAfter(certificate), wish.not_after);
     X509_set_pubkey(certificate, made.key.get());
-    set_subject(certificate);
-    add_extension(certificate, NID_basic_constraints, "critical,CA:TRUE");
-    add_extension(certificate, NID_subject_alt_name, "DNS:localhost,IP:127.0.0.1,IP:::1");
-    require(X509_sign(certificate, made.key.get(), EVP_sha256()) > 0, "sign it");
+    set_subject(certificate, wish.subject, issuer.certificate.get());
+    add_extension(certificate, NID_basic_constraints, wish.issuer ? "critical,CA:FALSE" : "critical,CA:TRUE");
+    add_extension(certificate, NID_subject_alt_name, wish.names);
+    require(X509_sign(certificate, issuer.key.get(), EVP_sha256()) > 0, "sign it");
     return made;
 }
 

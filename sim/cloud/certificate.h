@@ -22,9 +22,18 @@ struct Certificate {
     TlsOwner<X509> certificate;
 };
 
-// A fresh P-256 key with a self-signed certificate (RFC 5280) for localhost and the loopback addresses. It is
-// valid for so long that a moved clock does not matter. Throws std::runtime_error.
-Certificate make_certificate();
+// What a certificate says, and who signs it.
+struct CertificateWish {
+    const char *subject = "cloudsim";
+    const char *names = "DNS:localhost,IP:127.0.0.1,IP:::1"; // as in an openssl.cnf
+    const char *not_before = "20000101000000Z", *not_after = "20991231235959Z";
+    unsigned rsa_bits = 0;               // 0: a P-256 key
+    const Certificate *issuer = nullptr; // null: itself
+};
+
+// A fresh key with its certificate (RFC 5280), by default self-signed for localhost and the loopback
+// addresses and valid for so long that a moved clock does not matter. Throws std::runtime_error.
+Certificate make_certificate(const CertificateWish &wish = {});
 
 std::string to_pem(const Certificate &certificate);
 

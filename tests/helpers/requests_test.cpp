@@ -3,11 +3,14 @@
 #include "https/helper_requests.h"
 
 #include <fstream>
+#include <sys/wait.h>
 
 #include <gmock/gmock.h>
 
 #include "devices/runtime_report.h"
+#include "helper.h"
 #include "https/signing.h"
+#include "support/curl_spy.h"
 #include "support/router_rig.h"
 #include "upgrade/upgrade_report.h"
 
@@ -82,6 +85,21 @@ TEST(HelperRequests, NothingIsWrittenForBadArgumentsAndShortBuffersAreCut) {
     EXPECT_EQ(post_timecontrol_head(body, sign, url, 10, 10, 10), HEAD_OK);
     EXPECT_EQ(std::string(body) + sign + url,
               "{\"sn\":\"SI" + expected_sign("SIM2408000017").substr(0, 9) + "https://1");
+}
+
+TEST(Helper, HasLimits) {
+    Transfer transfer;
+    Answer answer = {.text = {}, .limit = REPLY_LIMIT};
+    EXPECT_FALSE(exchange(&transfer, "https://127.0.0.1:1/", &answer));
+    EXPECT_THAT(curl_spy.options, testing::IsSupersetOf({"CONNECTTIMEOUT=15", "TIMEOUT=120"}));
+    const pid_t child = fork();
+    if (child == 0) {
+        start_helper("helper");
+        _exit(static_cast<int>(alarm(0))); // what is left of its time
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 180);
 }
 
 } // namespace

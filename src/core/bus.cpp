@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "core/bus_connection.h"
 #include "core/bus_library.h"
@@ -17,6 +18,9 @@ FairMutex ubus_mutex;
 namespace {
 
 constexpr char DAEMON[] = "vrop";
+constexpr size_t SENT_AT_ONCE = 65536; // bytes that a socket takes while the other end reads
+
+bool unanswered = false; // the last call got no answer in time
 
 // What one attempt at a call came to.
 struct Outcome {
@@ -32,8 +36,13 @@ void take_reply(ubus_request *request, int, blob_attr *message) {
 
 int invoke(ubus_context *connection, uint32_t id, const char *method, blob_attr *message, JsonRoot *reply) {
     reply->reset();
-    TimeLimit limit(connection->sock.fd, BUS_SEND_MILLIS);
-    return ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
+    // the library limits its wait for the answer, but not that for a bus that has stopped reading
+    std::optional<TimeLimit> limit;
+    if (unanswered || (message != nullptr && blob_pad_len(message) > SENT_AT_ONCE))
+        limit.emplace(connection->sock.fd, BUS_SEND_MILLIS);
+    const int status = ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
+    unanswered = status == UBUS_STATUS_TIMEOUT;
+    return status;
 }
 
 Outcome attempt(ubus_context *connection, const char *object, const char *method, blob_attr *message) {

@@ -4,11 +4,10 @@
 // needs a second thought takes the way over the text.
 #include "core/bus_reply.h"
 
-#include <algorithm>
+#include <bitset>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
-
-#include <json-c/linkhash.h>
 
 #include "core/bus_library.h"
 
@@ -16,8 +15,7 @@ namespace bus {
 
 namespace {
 
-constexpr int MEMBERS_MAX = 256; // that a table is made for before they are known to be good
-constexpr int DEPTH_MAX = 8;     // of what is turned directly, well below the parser's own bound
+constexpr int DEPTH_MAX = 8; // of what is turned directly, well below the parser's own bound
 
 struct FreeText {
     void operator()(char *text) const { free(text); }
@@ -30,19 +28,22 @@ JsonRoot by_text(blob_attr *message) {
 
 bool add_members(json_object *container, blob_attr *message, int depth);
 
-// An object for the members of `message`. Its hash table gets its size at once: to grow a few times on the
-// way takes longer than to fill it.
-json_object *new_object(blob_attr *message) {
-    json_object *object = json_object_new_object();
-    if (object == nullptr) return nullptr;
-    int members = 0;
-    blob_attr *attribute = nullptr;
-    size_t left = 0;
-    blobmsg_for_each_attr(attribute, message, left) members++;
-    if (members > JSON_OBJECT_DEF_HASH_ENTRIES / 2)
-        lh_table_resize(json_object_get_object(object), 2 * std::min(members, MEMBERS_MAX));
-    return object;
-}
+// The names that an object has so far: says of most that they are new, so that nobody needs to look for them.
+class Names {
+  public:
+    // True only for a name that was not asked for before.
+    bool is_new(const char *name) {
+        const size_t length = strlen(name);
+        const auto at = [&](size_t place) { return static_cast<size_t>(static_cast<uint8_t>(name[place])); };
+        const size_t mark = length == 0 ? 0 : length * 31 + at(0) * 7 + at(length / 2) * 17 + at(length - 1);
+        const bool known = seen_[mark % seen_.size()];
+        seen_[mark % seen_.size()] = true;
+        return !known;
+    }
+
+  private:
+    std::bitset<1024> seen_;
+};
 
 bool nested(json_object *created, blob_attr *attribute, int depth, JsonRoot *value) {
     value->reset(created);
@@ -53,7 +54,7 @@ bool nested(json_object *created, blob_attr *attribute, int depth, JsonRoot *val
 bool convert(blob_attr *attribute, int depth, JsonRoot *value) {
     switch (blobmsg_type(attribute)) {
     case BLOBMSG_TYPE_TABLE:
-        return nested(new_object(attribute), attribute, depth, value);
+        return nested(json_object_new_object(), attribute, depth, value);
     case BLOBMSG_TYPE_ARRAY:
         return nested(json_object_new_array(), attribute, depth, value);
     case BLOBMSG_TYPE_STRING:
@@ -74,10 +75,11 @@ bool convert(blob_attr *attribute, int depth, JsonRoot *value) {
 }
 
 // Adds a value to an object, under its name, or to an array; takes it over only then.
-bool add_value(json_object *container, const char *name, JsonRoot value) {
-    const int added = json_object_is_type(container, json_type_array)
+bool add_value(json_object *container, const char *name, bool name_is_new, JsonRoot value) {
+    const int added = name == nullptr
                           ? json_object_array_add(container, value.get())
-                          : json_object_object_add(container, name, value.get());
+                          : json_object_object_add_ex(container, name, value.get(),
+                                                      name_is_new ? JSON_C_OBJECT_ADD_KEY_IS_NEW : 0);
     if (added != 0) return false;
     (void)value.release();
     return true;
@@ -85,13 +87,16 @@ bool add_value(json_object *container, const char *name, JsonRoot value) {
 
 bool add_members(json_object *container, blob_attr *message, int depth) {
     const bool named = !json_object_is_type(container, json_type_array);
+    Names names;
     blob_attr *attribute = nullptr;
     size_t left = 0;
     blobmsg_for_each_attr(attribute, message, left) {
         if (!blobmsg_check_attr_len(attribute, named, left)) return false;
         JsonRoot value;
         if (!convert(attribute, depth, &value)) return false;
-        if (!add_value(container, blobmsg_name(attribute), std::move(value))) return false;
+        const char *name = named ? blobmsg_name(attribute) : nullptr;
+        if (!add_value(container, name, name != nullptr && names.is_new(name), std::move(value)))
+            return false;
     }
     return true;
 }
@@ -99,7 +104,7 @@ bool add_members(json_object *container, blob_attr *message, int depth) {
 } // namespace
 
 JsonRoot reply_document(blob_attr *message) {
-    JsonRoot document(blob_is_extended(message) ? nullptr : new_object(message));
+    JsonRoot document(blob_is_extended(message) ? nullptr : json_object_new_object());
     if (document && add_members(document.get(), message, 0)) return document;
     return by_text(message);
 }

@@ -2,10 +2,8 @@
 // A limit for library calls that have none of their own, for as long as the object lives. When the time is
 // over, the socket is shut down, so that whoever waits for it finds it closed, and the calling thread's
 // system call is interrupted, once a second until the object is gone. One at a time per thread, in a
-// program that leaves SIGRTMIN to it. Without memory for a timer there is no limit.
+// program that leaves SIGRTMIN to it. Where the system has no timer left there is no limit.
 #pragma once
-
-#include <ctime>
 
 class TimeLimit {
   public:
@@ -17,8 +15,4 @@ class TimeLimit {
 
     // True once the time is over.
     static bool over();
-
-  private:
-    bool running_;
-    timer_t timer_ = {};
 };

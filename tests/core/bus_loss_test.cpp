@@ -7,8 +7,11 @@
 
 #include "core/bus.h"
 #include "core/json_path.h"
+#include "core/time_limit.h"
+#include "platform/ubus/scripted_peer.h"
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
+#include "support/text_file.h"
 
 namespace {
 
@@ -25,6 +28,11 @@ int set_led(const char *status) {
     BusMessage message;
     message.text("status", status);
     return set_dev_info(OBJECT, "set", message);
+}
+
+bool is_asleep(pid_t thread) {
+    const std::string stat = text_of(("/proc/self/task/" + std::to_string(thread) + "/stat").c_str());
+    return stat.find(") S ") != std::string::npos;
 }
 
 TEST(BusLoss, TheNextCallAfterARestartIsAnsweredAndMadeOnce) {
@@ -93,6 +101,66 @@ TEST(BusInit, LeavesTheSignalsAsTheyWere) {
 TEST(BusInit, TerminationEndsTheProcessAlsoWhileItWaitsForTheBus) {
     moving_clock::on_pause([](moving_clock::Millis) { raise(SIGTERM); });
     EXPECT_EXIT(ubus_init(0), testing::KilledBySignal(SIGTERM), "");
+}
+
+TEST(BusInit, WaitsForADaemonThatComesLaterButNotForOneOfItsObjects) {
+    RouterRig rig;
+    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.qvtkconfig"});
+    ubus_wait_daemon();
+    EXPECT_TRUE(moving_clock::pauses().empty());
+    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop*"});
+    moving_clock::on_pause([&](moving_clock::Millis) {
+        if (moving_clock::pauses().size() == 1) rig.router.stop();
+        if (moving_clock::pauses().size() == 2) rig.router.start(BUS_SOCKET);
+        if (moving_clock::pauses().size() == 3) rig.router.clear_faults();
+    });
+    ubus_wait_daemon();
+    moving_clock::on_pause({});
+    EXPECT_EQ(moving_clock::pauses(), std::vector<moving_clock::Millis>(4, 1000));
+}
+
+// A broker that greets, at best, and then stays silent.
+TEST(BusLimit, EndsWhatTheLibraryWouldWaitForForEver) {
+    ScriptedPeer peer([](const Wire &wire) { wire.drain(); });
+    Client client;
+    const int socket = client.context->sock.fd;
+    uint32_t id = 0;
+    {
+        TimeLimit limit(-1, 20);
+        char byte = 0;
+        EXPECT_EQ(read(unix_stream(BUS_PATH, connect).get(), &byte, 1), -1) << "interrupted";
+        EXPECT_EQ(ubus_connect(BUS_PATH), nullptr);
+    }
+    {
+        TimeLimit limit(socket, 20);
+        EXPECT_EQ(client.look_up("vrop", &id), UBUS_STATUS_CONNECTION_FAILED);
+        EXPECT_TRUE(TimeLimit::over());
+    }
+    TimeLimit unused(socket, 20000);
+    EXPECT_FALSE(TimeLimit::over());
+}
+
+TEST(FairMutex, GoesToWhoWaitsLongest) {
+    FairMutex mutex;
+    std::atomic<pid_t> ids[3] = {};
+    std::vector<int> order;
+    {
+        std::vector<std::jthread> threads;
+        std::unique_lock lock(mutex);
+        for (int i = 0; i < 3; i++) {
+            threads.emplace_back([&, i] {
+                ids[i] = gettid();
+                std::lock_guard turn(mutex);
+                order.push_back(i);
+            });
+            while (ids[i] == 0 || !is_asleep(ids[i]))
+                std::this_thread::yield();
+        }
+        lock.unlock();
+        lock.lock();
+        order.push_back(3);
+    }
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
 }
 
 TEST(BusThreads, CallsOfSeveralThreadsDoNotMeet) {

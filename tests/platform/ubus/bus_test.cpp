@@ -21,7 +21,7 @@ TEST(Bus, CallsOfSeveralThreadsReachTheirObjectsAndComeBack) {
     };
     ServedBus bus;
     auto calls = [&rows] {
-        Client client;
+        Client client(BUS_PATH);
         for (int round = 0; round < 20; round++)
             for (const Row &row : rows) {
                 uint32_t id = 0;
@@ -33,17 +33,6 @@ TEST(Bus, CallsOfSeveralThreadsReachTheirObjectsAndComeBack) {
             }
     };
     std::jthread threads[] = {std::jthread(calls), std::jthread(calls), std::jthread(calls)};
-}
-
-TEST(Bus, RestartsAreSeenByClients) {
-    ServedBus bus;
-    Client client;
-    uint32_t before = 0, after = 0;
-    EXPECT_EQ(client.look_up("own.any", &before), UBUS_STATUS_OK);
-    EXPECT_EQ(client.call(before, "renumber").status, UBUS_STATUS_OK);
-    EXPECT_EQ(client.call(before, "other").status, UBUS_STATUS_NOT_FOUND);
-    EXPECT_EQ(client.look_up("own.demo", &after), UBUS_STATUS_OK);
-    EXPECT_EQ(client.call(after, "exit").status, UBUS_STATUS_CONNECTION_FAILED);
 }
 
 TEST(Bus, TakesOverOnlyASocketThatNobodyServes) {

@@ -44,7 +44,7 @@ struct Talk {
     explicit Talk(const ScriptedPeer::Script &script) : peer(script) {}
     int call(int timeout = LIMIT) { return client.call(OBJECT, "m", nullptr, timeout).status; }
     ScriptedPeer peer;
-    Client client;
+    Client client{BUS_PATH};
 };
 
 TEST(BusClient, SpeaksTheCapturedSession) {
@@ -178,7 +178,7 @@ TEST(BusClient, RefusesGreetingsThatAreNone) {
          {""_hex, "00000000 6fca"_hex, "00000000 00000000 00000004"_hex, "00010000 6fcafb23 00000004"_hex,
           "01000000 6fcafb23 00000004"_hex, "00000000 6fcafb23 00000003"_hex}) {
         ScriptedPeer peer([](const Wire &) {}, greeting);
-        EXPECT_FALSE(Client().context) << testing::PrintToString(greeting);
+        EXPECT_FALSE(Client(BUS_PATH).context) << testing::PrintToString(greeting);
     }
     EXPECT_FALSE(Client("/tmp/nobody.sock").context);
     EXPECT_FALSE(Client(std::string(200, 'x').c_str()).context);

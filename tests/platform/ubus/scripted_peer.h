@@ -8,8 +8,10 @@
 #include <thread>
 
 #include "captured.h"
-#include "client_rig.h"
 #include "src/core/handles.h"
+#include "support/bus_client.h"
+
+inline constexpr char BUS_PATH[] = "/tmp/bus.sock";
 
 // A stream socket after bind() or connect().
 inline Descriptor unix_stream(const char *path, int (*attach)(int, const sockaddr *, socklen_t)) {

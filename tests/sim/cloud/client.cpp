@@ -19,7 +19,6 @@ Reply perform(const Call &call) {
     curl_slist *headers = nullptr;
     for (const std::string &header : call.headers)
         headers = curl_slist_append(headers, header.c_str());
-    curl_mime *form = curl_mime_init(curl.get());
     Reply reply;
     curl_easy_setopt(curl.get(), CURLOPT_URL, call.url.c_str());
     curl_easy_setopt(curl.get(), CURLOPT_NOSIGNAL, 1L);
@@ -30,20 +29,12 @@ Reply perform(const Call &call) {
         curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDS, call.body.data());
         curl_easy_setopt(curl.get(), CURLOPT_CUSTOMREQUEST, call.method.c_str());
     }
-    for (const auto &[name, value] : call.form) {
-        curl_mimepart *part = curl_mime_addpart(form);
-        curl_mime_name(part, name.c_str());
-        curl_mime_data(part, value.data(), value.size());
-        if (name == "file") curl_mime_filename(part, call.file_name.c_str());
-    }
-    if (!call.form.empty()) curl_easy_setopt(curl.get(), CURLOPT_MIMEPOST, form);
     curl_easy_setopt(curl.get(), CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(curl.get(), CURLOPT_SSL_VERIFYHOST, 0L);
     curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, take);
     curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &reply);
     reply.result = curl_easy_perform(curl.get());
     curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &reply.status);
-    curl_mime_free(form);
     curl_slist_free_all(headers);
     return reply;
 }

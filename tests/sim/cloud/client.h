@@ -10,11 +10,9 @@ inline constexpr const char *SERIAL = "SN0001", *PRODUCT = "PRODUCT1", *SECRET =
 
 struct Call {
     std::string url;
-    std::string method = "GET"; // a POST of multipart form data when `form` has parts
+    std::string method = "GET";
     std::string body = "";
     std::vector<std::string> headers = {};
-    std::vector<std::pair<std::string, std::string>> form = {}; // "file" is sent as a file of `file_name`
-    std::string file_name = "config.txt";
     long timeout_ms = 10000;
 };
 struct Reply {

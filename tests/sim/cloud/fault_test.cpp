@@ -3,7 +3,6 @@
 #include "client.h"
 #include <gmock/gmock.h>
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -102,22 +101,6 @@ TEST(CloudFaults, PortRefusesAndListensAgain) {
     while (server.download().result != CURLE_OK)
         ASSERT_LT(steady_clock::now() - start, std::chrono::seconds(20)) << "the port stays closed";
     EXPECT_GE(steady_clock::now() - start, milliseconds(200));
-}
-
-TEST(CloudFaults, StopEndsEverythingAtOnce) {
-    Faulty server;
-    server.cloud.fault({.silent = true});
-    server.cloud.fault({.delay = std::chrono::minutes(10)});
-    {
-        auto wait_for_it = [&] { server.download(60000); };
-        std::jthread clients[] = {std::jthread(wait_for_it), std::jthread(wait_for_it)};
-        server.cloud.wait_requests(2);
-        auto start = steady_clock::now();
-        server.cloud.stop();
-        EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(20));
-    }
-    server.cloud.start();
-    EXPECT_EQ(server.download().result, CURLE_OK) << "a stopped cloud starts again";
 }
 
 } // namespace

@@ -56,31 +56,4 @@ TEST(CloudVerdict, SignedJson) {
     }
 }
 
-TEST(CloudVerdict, ConfigUpload) {
-    Cloud cloud(KNOWN_DEVICE);
-    cloud.start();
-    const std::string sign = "sign: " + signature(SERIAL, PRODUCT, "7");
-    struct {
-        const char *time, *name, *verdict;
-    } const cases[] = {
-        {"7", "M_A1:B2_1.config", "ok"},
-        {"7", "x y", "file name refused"},
-        {"7x", "f", "timestamp missing or not a number"},
-        {"8", "f", "wrong signature"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.verdict);
-        cloud.clear_requests();
-        Reply reply =
-            perform({.url = cloud.url(cloudsim::upload_config_path),
-                     .method = "POST",
-                     .headers = {sign},
-                     .form = {{"sn", SERIAL}, {"productKey", PRODUCT}, {"timestamp", c.time}, {"file", "{}"}},
-                     .file_name = c.name});
-        EXPECT_EQ(reply.body == R"({"code":0})", c.verdict == std::string("ok")) << reply.body;
-        EXPECT_EQ(cloud.requests().at(0).verdict, c.verdict);
-        EXPECT_EQ(cloud.uploaded(c.name).has_value(), c.verdict == std::string("ok"));
-    }
-}
-
 } // namespace

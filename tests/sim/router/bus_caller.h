@@ -7,11 +7,9 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <libubus.h>
-#undef fallthrough
 
 #include "sim/router/router.h"
-#include "support/blob_buffer.h"
+#include "support/bus_client.h"
 
 inline constexpr char DONE[] = R"({"result":"0"})";
 
@@ -25,38 +23,28 @@ struct CallLine {
     std::string object, method, arguments;
 };
 
-class BusCaller {
+class BusCaller : Client {
   public:
-    explicit BusCaller(const char *socket = router::DEFAULT_SOCKET) : context(ubus_connect(socket)) {}
-    ~BusCaller() { ubus_free(context); }
-    BusCaller(const BusCaller &) = delete;
-    BusCaller &operator=(const BusCaller &) = delete;
+    explicit BusCaller(const char *socket = router::DEFAULT_SOCKET) : Client(socket) {}
 
     // The id of an object; 0 when the bus does not know it.
     uint32_t id(const std::string &object) {
         uint32_t id = 0;
-        status = ubus_lookup_id(context, object.c_str(), &id);
-        return status == 0 ? id : 0;
+        status = look_up(object.c_str(), &id);
+        return id;
     }
     // The reply as JSON text; "" without one. `status` is the call's status then.
-    std::string call(const std::string &line, int limit_millis = 5000) {
+    std::string call(const std::string &line, int limit_millis = LIMIT) {
         const CallLine words(line);
         const uint32_t target = id(words.object);
-        std::string reply;
-        if (target == 0) return reply;
-        const Buffer message(words.arguments);
-        status = ubus_invoke(context, target, words.method.c_str(), message.head, keep, &reply, limit_millis);
-        return reply;
+        if (target == 0) return "";
+        Answer answer =
+            Client::call(target, words.method.c_str(), Buffer(words.arguments).head, limit_millis);
+        status = answer.status;
+        return answer.json;
     }
 
     int status = 0;
-
-  private:
-    static void keep(ubus_request *request, int, blob_attr *message) {
-        *static_cast<std::string *>(request->priv) = take(blobmsg_format_json(message, true));
-    }
-
-    ubus_context *context;
 };
 
 // A call without the bus, and so without faults.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults, recorded calls, restarts.
+// Faults and recorded calls.
 #include "sim/router/bus_caller.h"
 #include "sim/router/faults.h"
 
@@ -72,20 +72,6 @@ TEST(Calls, AreRecordedButThoseToTheSimulation) {
     EXPECT_FALSE(router.wait_for_calls(3, "*", "*", std::chrono::milliseconds(1)));
     EXPECT_EQ(client.call("sim clearcalls"), DONE);
     EXPECT_TRUE(router.calls().empty());
-}
-
-TEST(Restart, GivesNewIdsKeepsTheStateAndDropsTheClientsOfTheBus) {
-    router::Router router;
-    router.start();
-    BusCaller client;
-    client.call(LED_OFF);
-    const uint32_t before = client.id("vrop.ledswitch");
-    router.restart();
-    EXPECT_NE(client.id("vrop.ledswitch"), before);
-    EXPECT_EQ(client.call("vrop.ledswitch get"), R"({"vrop.ledswitch":{"status":"off"}})");
-    router.restart(true);
-    EXPECT_EQ(client.id("vrop.ledswitch"), 0U);
-    EXPECT_NE(BusCaller().id("vrop.ledswitch"), 0U);
 }
 
 } // namespace

@@ -72,6 +72,7 @@ TEST(Program, RefusesWhatItCannotDo) {
                                                 {"--fault explode", 2},
                                                 {"--set none", 2},
                                                 {"--set /vrop.none/x=1", 2},
+                                                {"--set /vrop.ftinfo/sn={", 2},
                                                 {"--socket /proc/bus.sock", 1},
                                                 {"--list", 0},
                                                 {"--home", 0},

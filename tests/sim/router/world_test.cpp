@@ -68,16 +68,4 @@ TEST(World, LeavesThePingResultAndTheExportWhereTheyAreLookedFor) {
     EXPECT_GT(std::filesystem::file_size("/aptmp/cfg_export_config_file.conf"), 0U);
 }
 
-TEST(World, StartsFromAPatchOfTheHome) {
-    router::Router router(R"({"vrop.ftinfo":{"sn":"","areaCode":null},"vrop.laninfo":[]})");
-    EXPECT_EQ(router.value("/vrop.fota/sn"), R"("")");
-    EXPECT_EQ(router.value("/vrop.ftinfo/areaCode"), "");
-    EXPECT_EQ(router.value("/vrop.ftinfo/model"), R"("AX3000")");
-    EXPECT_EQ(router.value("/vrop.laninfo"), "[]");
-    EXPECT_THROW(router::Router("[]"), std::runtime_error);
-    EXPECT_THROW(router.set_state("/vrop.none/x", "1"), std::runtime_error);
-    EXPECT_THROW(router.set_state("/vrop.ftinfo/sn", "{"), std::runtime_error);
-    EXPECT_THROW(router.erase_state("/vrop.none/x"), std::runtime_error);
-}
-
 } // namespace

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// A client's calls and what came of them.
+// A client of the bus: its calls and what came of them.
 #pragma once
 
-#include <libubus.h>
 #include <memory>
+#include <string>
 
-#include "bytes.h"
+#include <libubus.h>
+#undef fallthrough
 
-inline constexpr char BUS_PATH[] = "/tmp/bus.sock";
+#include "support/blob_buffer.h"
+
 inline constexpr int LIMIT = 5000; // milliseconds, for calls that are answered
 
 struct Answer {
@@ -16,7 +18,7 @@ struct Answer {
 };
 
 struct Client {
-    explicit Client(const char *path = BUS_PATH) : context(ubus_connect(path), ubus_free) {}
+    explicit Client(const char *path) : context(ubus_connect(path), ubus_free) {}
     Answer call(uint32_t object, const char *method, blob_attr *arguments = nullptr, int timeout = LIMIT) {
         std::string json;
         auto collect = [](ubus_request *req, int, blob_attr *message) {

@@ -15,6 +15,7 @@
 #include "properties/visitor_wifi.h"
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
+#include "services/control.h"
 #include "services/disks.h"
 #include "services/hardware.h"
 #include "services/ports.h"
@@ -64,11 +65,11 @@ int open_row_call(uint32_t handle, uint32_t id, void *, void *, const char *para
 const struct service_row service_map[30] = {
     // name, reserved, handler
     {"tuningWifi", nullptr, open_row_call<0>},
-    {"reboot", nullptr, open_row_call<1>},
-    {"recovery", nullptr, open_row_call<2>},
+    {"reboot", nullptr, reboot_call},
+    {"recovery", nullptr, recovery_call},
     {"checkSignal", nullptr, open_row_call<3>},
     {"checkInterference", nullptr, open_row_call<4>},
-    {"updatePwd", nullptr, open_row_call<5>},
+    {"updatePwd", nullptr, updatePwd_call},
     {"monitorSpeed", nullptr, open_row_call<6>},
     {"apMonitorSpeed", nullptr, open_row_call<7>},
     {"allApMonitorSpeed", nullptr, open_row_call<8>},
@@ -76,7 +77,7 @@ const struct service_row service_map[30] = {
     {"cfgReport", nullptr, open_row_call<10>},
     {"relayScan", nullptr, open_row_call<11>},
     {"maxMonitorSpeed", nullptr, open_row_call<12>},
-    {"cutUsb", nullptr, open_row_call<13>},
+    {"cutUsb", nullptr, cutUsb_call},
     {"diskCheck", nullptr, diskCheck_call},
     {"nat", nullptr, open_row_call<15>},
     {"connectCheck", nullptr, open_row_call<16>},
@@ -90,7 +91,7 @@ const struct service_row service_map[30] = {
     {"pingTest", nullptr, open_row_call<24>},
     {"remoteCap", nullptr, open_row_call<25>},
     {"remoteCfgExport", nullptr, open_row_call<26>},
-    {"tuningMemory", nullptr, open_row_call<27>},
+    {"tuningMemory", nullptr, tuningMemory_call},
     {"wirelessInterference", nullptr, open_row_call<28>},
     {},
 };

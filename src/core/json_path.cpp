@@ -127,7 +127,7 @@ std::string JsonPlainText(json_object *document, size_t limit) {
 }
 
 std::string JsonQuote(const char *text) {
-    JsonRoot value(json_object_new_string(text == nullptr ? "" : text));
+    JsonRoot value(json_object_new_string(utf8_text(text).c_str()));
     const char *quoted = json_object_to_json_string_ext(value.get(), JSON_C_TO_STRING_NOSLASHESCAPE);
     return value && quoted != nullptr ? quoted : "\"\"";
 }

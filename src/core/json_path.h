@@ -38,7 +38,7 @@ json_object *JsonCreatePath(json_object *document, const char *path);
 
 // The document as text without blanks, at most `limit` characters of it; "" for null or without memory.
 std::string JsonPlainText(json_object *document, size_t limit = std::string::npos);
-// The text as a JSON text, in quotation marks; null counts as "".
+// The text as a JSON text, in quotation marks; null counts as "", what is not UTF-8 becomes U+FFFD.
 std::string JsonQuote(const char *text);
 
 // Readers of bus replies.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/text.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 void copy_text(char *to, size_t size, const char *from) {
@@ -34,12 +37,57 @@ int set_colon_mac(const char *digits, char *to, int size) {
                     b[3], b[4], b[5]);
 }
 
+int leading_integer(const char *text) {
+    if (text == nullptr) return 0;
+    return static_cast<int>(std::clamp(strtoll(text, nullptr, 10), 0LL + INT_MIN, 0LL + INT_MAX));
+}
+
 void util_strip_blank_of_string_end(char *text) {
     if (text == nullptr) return;
     size_t length = strlen(text);
     while (length > 0 && strchr(" \t\r\n", text[length - 1]) != nullptr)
         length--;
     text[length] = '\0';
+}
+
+void delete_strip_string_extra_characters(char *text) {
+    if (text == nullptr) return;
+    const auto is_extra = [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '\x7f'; };
+    char *start = text, *end = text + strlen(text);
+    while (start < end && is_extra(*start))
+        start++;
+    while (end > start && is_extra(end[-1]))
+        end--;
+    memmove(text, start, static_cast<size_t>(end - start));
+    text[end - start] = '\0';
+}
+
+// The bytes of the UTF-8 character that a text begins with; 0 when it begins with none.
+static size_t character_length(const unsigned char *text) {
+    // first bytes from, to; the second byte from, to; bytes in all
+    static constexpr unsigned char FORMS[][5] = {
+        {0x01, 0x7f, 0x00, 0xff, 1}, {0xc2, 0xdf, 0x80, 0xbf, 2}, {0xe0, 0xe0, 0xa0, 0xbf, 3},
+        {0xe1, 0xec, 0x80, 0xbf, 3}, {0xed, 0xed, 0x80, 0x9f, 3}, {0xee, 0xef, 0x80, 0xbf, 3},
+        {0xf0, 0xf0, 0x90, 0xbf, 4}, {0xf1, 0xf3, 0x80, 0xbf, 4}, {0xf4, 0xf4, 0x80, 0x8f, 4},
+    };
+    for (const auto &[first, last, low, high, length] : FORMS) {
+        if (text[0] < first || text[0] > last || text[1] < low || text[1] > high) continue;
+        size_t whole = length > 1 ? 2 : 1;
+        while (whole < length && (text[whole] & 0xc0) == 0x80)
+            whole++;
+        return whole == length ? length : 0;
+    }
+    return 0;
+}
+
+std::string utf8_text(const char *text) {
+    std::string clean;
+    while (text != nullptr && *text != '\0') {
+        const size_t length = character_length(reinterpret_cast<const unsigned char *>(text));
+        clean.append(length == 0 ? "\xef\xbf\xbd" : text, length == 0 ? 3 : length);
+        text += length == 0 ? 1 : length;
+    }
+    return clean;
 }
 
 void lowercasestr_capitalstr(char *text) {

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <string>
 
 // Copies `from` (null counts as empty) into a buffer of `size` bytes, cut to size - 1 characters, always
 // terminated. A size of 0 writes nothing.
@@ -44,8 +45,18 @@ Text<13> mac_lower_hex(const char *digits);
 // for a null argument or a size below 2.
 int set_colon_mac(const char *digits, char *to, int size);
 
+// The integer that a text begins with, blanks before it aside; what 32 bits cannot hold becomes the nearest
+// that they can. 0 when there is none, and for null.
+int leading_integer(const char *text);
+
 // Removes trailing spaces, tabs, carriage returns and line feeds in place; null is ignored.
 void util_strip_blank_of_string_end(char *text);
+
+// Removes blanks and control characters around a text, in place; null is ignored.
+void delete_strip_string_extra_characters(char *text);
+
+// The text with each byte that is not part of a UTF-8 character (RFC 3629) replaced by U+FFFD; "" for null.
+std::string utf8_text(const char *text);
 
 // Turns the ASCII lower-case letters of `text` into capitals, in place; null is ignored.
 void lowercasestr_capitalstr(char *text);

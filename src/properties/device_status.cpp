@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "properties/device_status.h"
 
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
@@ -12,6 +10,7 @@
 #include "core/text.h"
 #include "properties/field.h"
 #include "properties/property.h"
+#include "properties/rate.h"
 
 namespace {
 
@@ -45,14 +44,6 @@ void reset() {
 // counts on it.
 void read_link(json_object *reply, DeviceStatus *status) {
     if (strcmp(_json_get_str(reply, "phyStatus"), "unplug") == 0) status->link_status = LINK_UNPLUGGED;
-}
-
-// Mbit/s as the daemon writes it to bytes per second.
-int32_t bytes_per_second(const char *rate) {
-    const auto digits = format_text<32>("%s", rate);
-    const double value = strtod(digits.text, nullptr) * 1024 * 1024 * 0.125;
-    if (std::isnan(value)) return 0;
-    return static_cast<int32_t>(std::fmin(std::fmax(value, INT32_MIN), INT32_MAX));
 }
 
 void read_rate(json_object *rates, const char *key, int32_t *speed) {

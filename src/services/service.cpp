@@ -15,7 +15,16 @@ bool is_blank(const char *text) {
 
 bool is_refused(Parameters wanted, const char *text) {
     if (wanted == Parameters::needed) return is_blank(text);
-    return wanted == Parameters::needed_may_be_empty && text == nullptr;
+    return wanted != Parameters::optional && text == nullptr;
+}
+
+// The work's answer, or the refusal of a request that is JSON and no object: its members would all count as
+// absent, and some services do more without them than with them.
+ServiceAnswer work_on(const Service &service, const ServiceRequest &request, ServiceWork work) {
+    if (request.json == nullptr || json_object_is_type(request.json, json_type_object)) return work(request);
+    if (service.before_refusal) service.before_refusal();
+    LOG_AT(request.site, "param is no object");
+    return answer_failed();
 }
 
 } // namespace
@@ -45,11 +54,9 @@ bool read_parameters(const Service &service, Parameters wanted, const char *text
         return false;
     }
     if (service.before_parsing) service.before_parsing();
-    if (is_blank(text)) return true;
+    if (is_blank(text) && wanted != Parameters::not_null) return true;
     *json = JsonParseUtf8(text);
-    const bool unusable =
-        service.answers_bad_parameters && !json_object_is_type(json->get(), json_type_object);
-    if (*json && !unusable) return true;
+    if (*json) return true;
     if (service.parse_tag) perror(service.parse_tag);
     LOG_AT(site, "JsonStr Token fail");
     return false;
@@ -60,10 +67,11 @@ int serve(const Service &service, const ServiceCall &call, ServiceWork work, Log
     JsonRoot json;
     ServiceAnswer answer = no_answer();
     if (read_parameters(service, service.parameters, call.parameters, &json, site))
-        answer = work({json.get(), site});
+        answer = work_on(service, {json.get(), site, call.parameters}, work);
     else if (service.answers_bad_parameters)
         answer = answer_failed();
     if (answer.code != 0)
         TEBRA_SDK_Handle_Response(call.handle, call.id, answer.code, answer.body.c_str(), service.name);
+    if (answer.afterwards) answer.afterwards(site, answer);
     return answer.result;
 }

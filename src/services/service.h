@@ -21,6 +21,7 @@ enum class Parameters {
     unread,              // not looked at
     optional,            // none is a call without a request
     needed,              // none is refused, and so is an empty text
+    not_null,            // null is refused; an empty text is no JSON
     needed_may_be_empty, // null is refused; an empty text is a call without a request
 };
 
@@ -30,8 +31,10 @@ struct Service {
     Parameters parameters = Parameters::unread;
     const char *parse_tag = nullptr;    // what the console says of a text that is not JSON; null: nothing
     void (*before_parsing)() = nullptr; // runs once there is a text to parse
+    // Runs before the refusal of JSON that is no object, which is always 400 "{}" and -1.
+    void (*before_refusal)() = nullptr;
     // What becomes of parameters that are missing or cannot be parsed: no answer at all and -1, or 400 "{}"
-    // and -1. With an answer, JSON that is no object counts as unparsable.
+    // and -1.
     bool answers_bad_parameters = false;
 };
 
@@ -44,8 +47,9 @@ struct ServiceCall {
 
 // What the work is given. Log with LOG_AT(request.site, ...), so that the line bears the handler's name.
 struct ServiceRequest {
-    json_object *json; // borrowed; null without a request. Its members are read with core/json_path.h.
+    json_object *json; // an object, borrowed; null without a request. properties/field.h reads its members.
     LogSite site;
+    const char *text; // the parameters as they came; may be null
 };
 
 // What the handler says and returns.
@@ -53,6 +57,8 @@ struct ServiceAnswer {
     int code;         // 0: no answer is sent
     std::string body; // JSON text
     int result;       // what the handler returns to the SDK
+    // Runs once the answer has been sent.
+    void (*afterwards)(LogSite site, const ServiceAnswer &sent) = nullptr;
 };
 inline constexpr int SERVICE_OK = 200;
 inline constexpr int SERVICE_FAILED = 400;
@@ -70,7 +76,7 @@ using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site = LogSite::here());
 
 // The parameters' part of serve, for work that does something before it looks at them (Parameters::unread in
-// its Service, the text passed on in what `parameters` names). True, and the request (null for none) in
+// its Service, and the request's text). True, and the request (null for none) in
 // *json; false, after having logged why, for what is refused.
 bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
                      LogSite site);

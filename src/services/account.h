@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+// The account of the router's web pages. The daemon keeps its password in base64 (RFC 4648). Any thread.
+#pragma once
+
+// Gives the user another password, both in plain text. 0; -1 when the daemon refuses, as it does for a wrong
+// user or old password, or when a password is empty, which base64 has no text for.
+int set_passwd(const char *user, const char *old_passwd, const char *new_passwd);

@@ -16,10 +16,13 @@
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
 #include "services/control.h"
+#include "services/diagnostics.h"
 #include "services/disks.h"
 #include "services/hardware.h"
 #include "services/ports.h"
+#include "services/radio_checks.h"
 #include "services/service.h"
+#include "services/throughput.h"
 
 // A row without operations is there to keep the order; whether the SDK passes its empty slots over is the
 // SDK's affair, the one over MQTT does.
@@ -67,31 +70,31 @@ const struct service_row service_map[30] = {
     {"tuningWifi", nullptr, open_row_call<0>},
     {"reboot", nullptr, reboot_call},
     {"recovery", nullptr, recovery_call},
-    {"checkSignal", nullptr, open_row_call<3>},
-    {"checkInterference", nullptr, open_row_call<4>},
+    {"checkSignal", nullptr, checkSignal_call},
+    {"checkInterference", nullptr, wifi_interference_call},
     {"updatePwd", nullptr, updatePwd_call},
-    {"monitorSpeed", nullptr, open_row_call<6>},
-    {"apMonitorSpeed", nullptr, open_row_call<7>},
-    {"allApMonitorSpeed", nullptr, open_row_call<8>},
+    {"monitorSpeed", nullptr, monitorSpeed_call},
+    {"apMonitorSpeed", nullptr, apMonitorSpeed_call},
+    {"allApMonitorSpeed", nullptr, allApMonitorSpeed_call},
     {"tuningBackupCfg", nullptr, open_row_call<9>},
     {"cfgReport", nullptr, open_row_call<10>},
     {"relayScan", nullptr, open_row_call<11>},
-    {"maxMonitorSpeed", nullptr, open_row_call<12>},
+    {"maxMonitorSpeed", nullptr, maxMonitorSpeed_call},
     {"cutUsb", nullptr, cutUsb_call},
     {"diskCheck", nullptr, diskCheck_call},
-    {"nat", nullptr, open_row_call<15>},
-    {"connectCheck", nullptr, open_row_call<16>},
+    {"nat", nullptr, nat_call},
+    {"connectCheck", nullptr, connectCheck_call},
     {"uploadLog", nullptr, open_row_call<17>},
     {"outdiskFormat", nullptr, open_row_call<18>},
     {"channelQuality", nullptr, open_row_call<19>},
     {"portLinkSpeed", nullptr, portLinkSpeed_call},
     {"rssiQualityCheck", nullptr, open_row_call<21>},
-    {"networkCheck", nullptr, open_row_call<22>},
+    {"networkCheck", nullptr, networkCheck_call},
     {"physicsInfo", nullptr, physics_info_call},
-    {"pingTest", nullptr, open_row_call<24>},
+    {"pingTest", nullptr, ping_test_call},
     {"remoteCap", nullptr, open_row_call<25>},
     {"remoteCfgExport", nullptr, open_row_call<26>},
     {"tuningMemory", nullptr, tuningMemory_call},
-    {"wirelessInterference", nullptr, open_row_call<28>},
+    {"wirelessInterference", nullptr, wirelessInterference_call},
     {},
 };

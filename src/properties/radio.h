@@ -14,6 +14,10 @@ inline const char *radio_object(int radio, const char *first, const char *second
 inline const char *radio_settings(int radio) {
     return radio_object(radio, "vrop.webwifi1adv", "vrop.webwifi2adv");
 }
+// The radio itself, and what it measures.
+inline const char *radio_device(int radio) {
+    return radio_object(radio, "vrop.wifi.1", "vrop.wifi.2");
+}
 // The radio's access points, one of which is the guest network.
 inline const char *radio_access_points(int radio) {
     return radio_object(radio, "vrop.wifi.1.ap.modify", "vrop.wifi.2.ap.modify");

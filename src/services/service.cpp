@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/json_path.h"
+#include "core/report_gate.h"
 #include "tebra_sdk.h"
 
 namespace {
@@ -43,6 +44,11 @@ ServiceAnswer answer_failed(std::string body, int result, int code) {
 
 ServiceAnswer no_answer(int result) {
     return {0, {}, result};
+}
+
+ServiceAnswer lowering_set_flag(ServiceAnswer answer) {
+    answer.afterwards = [](LogSite, const ServiceAnswer &) { set_flag = 0; };
+    return answer;
 }
 
 bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,

@@ -8,6 +8,7 @@
 // shares with others it guards itself.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -69,6 +70,15 @@ ServiceAnswer answer_done();                                 // 200 "{}"
 // A failure: 400 unless another code is named.
 ServiceAnswer answer_failed(std::string body = "{}", int result = -1, int code = SERVICE_FAILED);
 ServiceAnswer no_answer(int result = -1);
+// The same answer; once it has been sent, set_flag goes down.
+ServiceAnswer lowering_set_flag(ServiceAnswer answer);
+
+// The longest that a request may have a service wait; the SDK waits no longer for its answer either.
+inline constexpr int LONGEST_PAUSE_SECONDS = 600;
+// Seconds of a request as what a sleep can be: 0 for negative ones, LONGEST_PAUSE_SECONDS for more.
+inline unsigned pause_of_request(int seconds) {
+    return static_cast<unsigned>(std::clamp(seconds, 0, LONGEST_PAUSE_SECONDS));
+}
 
 using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 

@@ -10,6 +10,20 @@ namespace {
 
 constexpr char EXPORT_FILE[] = "/aptmp/cfg_export_config_file.conf";
 
+// What a reset leaves as it was: what the factory or the firmware wrote and the world around the router,
+// always; at level 1 also the way to the Internet; at level 2 that and the Wi-Fi.
+constexpr const char *KEPT[] = {"sim", "vrop.ftinfo", "vrop.qvtkconfig", "vrop.homewebinfo",
+                                // from here on at level 1
+                                "vrop.waninfo", "vrop.wifi.1.apclient", "vrop.wifi.2.apclient",
+                                // from here on at level 2
+                                "vrop.webwifisimple", "vrop.wifi.1.ap", "vrop.wifi.2.ap", "vrop.webwifi1adv",
+                                "vrop.webwifi2adv", "vrop.wifi.guestwificontrol"};
+constexpr std::size_t KEPT_ALWAYS = 4, KEPT_AT_LEVEL_1 = 7;
+
+std::span<const char *const> kept_at(int level) {
+    return std::span(KEPT).first(level == 1 ? KEPT_AT_LEVEL_1 : level == 2 ? std::size(KEPT) : KEPT_ALWAYS);
+}
+
 constexpr Field RESET[] = {integer("resetlevel", -0x7fffffff, 0x7fffffff)};
 constexpr Field UPGRADE[] = {required(text("downurl", 1, 255)), flag("isreboot")};
 
@@ -22,9 +36,9 @@ JsonRoot reboot(World &world, const Request &) {
     return result();
 }
 
-JsonRoot reset(World &world, const Request &) {
-    const int delay = restart_delay(world);
-    world.effects.later(delay, [&world] { world.restore_factory_state(); });
+JsonRoot reset(World &world, const Request &request) {
+    const int delay = restart_delay(world), level = integer_of(request.arguments, "resetlevel");
+    world.effects.later(delay, [&world, level] { world.restore_factory_state(kept_at(level)); });
     world.restart_router(delay);
     return result();
 }
@@ -73,7 +87,8 @@ JsonRoot export_configuration(World &world, const Request &) {
 constexpr Method ROWS[] = {
     {"vrop.fota", "get", {}, show, "what an upgrade check says of the router, and where it is sent"},
     {"vrop", "reboot", {}, reboot, "restart the router, /sim/restartdelay milliseconds later"},
-    {"vrop", "reset", RESET, reset, "back to the factory state, and restart"},
+    {"vrop", "reset", RESET, reset,
+     "back to the factory state, and restart; level 1 keeps the way to the Internet, 2 also the Wi-Fi"},
     {"vrop", "upgrade", UPGRADE, upgrade, "flash the image downurl; isreboot 1 restarts with its version"},
     {"vrop",
      "configexport",

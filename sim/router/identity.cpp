@@ -18,7 +18,7 @@ constexpr Field ACCOUNT[] = {required(text("user", 1, 63)), required(text("oldpa
 constexpr Field LED[] = {required(choice("status", "on|off"))};
 constexpr Field MESH[] = {required(flag("enable")), integer("role", 0, 2)};
 constexpr Field IPTV[] = {flag("enable"), any("vlanid"), text("ethport", 0, 7)};
-constexpr Field STORAGE[] = {text("hcdnpath", 1, 127), steering(flag("cutusb")),
+constexpr Field STORAGE[] = {text("hcdnpath", 0, 127), steering(flag("cutusb")),
                              flag("hcdn_open"),        flag("samba"),
                              flag("inmemoryop"),       flag("outmemoryop")};
 

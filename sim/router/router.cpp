@@ -46,6 +46,11 @@ struct Router::Body {
     void start(const std::string &path);
     void stop();
     void republish();
+    // While the router is away its objects are not on the bus, but for the simulation's own.
+    void set_away(bool now) {
+        away = now;
+        republish();
+    }
     void handle(const UbusInvocation &invocation);
     void answer(const UbusInvocation &invocation, const Mishap &mishap, const std::string &reply) const;
     void tick();
@@ -72,6 +77,7 @@ struct Router::Body {
     std::condition_variable_any changed;
     World world;
     bool clock_runs = false;
+    bool away = false;
     std::unique_ptr<UbusServer> server;
     std::thread thread;
     std::atomic<std::thread::id> server_thread;
@@ -87,6 +93,14 @@ Router::Body::Body(const std::string &patch) : world(patch) {
         server->post([this, drop_clients] {
             server->renumber();
             if (drop_clients) server->drop_clients();
+        });
+    };
+    world.effects.boot = [this](int millis) {
+        if (!server) return;
+        server->post([this, millis] {
+            locked([this] { set_away(true); });
+            server->drop_clients();
+            server->after(millis, [this] { locked([this] { set_away(false); }); });
         });
     };
     world.effects.republish = [this] {
@@ -127,7 +141,7 @@ void Router::Body::republish() {
     for (const Method &row : world.methods)
         objects.insert(row.object);
     for (const std::string &object : objects) {
-        const bool wanted = object == SIMULATION || !world.faults.absent(object);
+        const bool wanted = object == SIMULATION || (!away && !world.faults.absent(object));
         if (wanted && server->object_id(object) == 0)
             server->add_object(object, signatures(world, object),
                                [this](const UbusInvocation &invocation) { handle(invocation); });

@@ -53,6 +53,7 @@ constexpr Field ACCESS_POINT[] = {
 constexpr char NETWORKS_2G[] = "/vrop.wifi.1.ap", NETWORKS_5G[] = "/vrop.wifi.2.ap";
 constexpr char INTERFERENCE_2G[] = "/vrop.wifi.1/interference",
                INTERFERENCE_5G[] = "/vrop.wifi.2/interference";
+constexpr char CROWD_2G[] = "/vrop.wifi.1/crowd", CROWD_5G[] = "/vrop.wifi.2/crowd";
 constexpr char SCORES_2G[] = "/vrop.wifi.1/channelscore", SCORES_5G[] = "/vrop.wifi.2/channelscore";
 constexpr char SCORES[] = "vrop.wifi.getchannelscore"; // the reply's member, for either radio
 constexpr const char *RADIOS[][2] = {{NETWORKS_2G, "2.4G"}, {NETWORKS_5G, "5G"}};
@@ -68,6 +69,18 @@ void store_networks(World &world, const std::string &place, const Request &reque
             const std::string now = text_of(element(world.state.find(RADIOS[radio][0]), i), "ssid");
             if (old != now) rename_network(world, RADIOS[radio][1], old, now);
         }
+}
+
+// The state has one value for all channels and, under "crowd", others for channels that differ.
+JsonRoot show_interference(World &world, const Request &request) {
+    const bool first = place_of(request.row) == INTERFERENCE_2G;
+    const std::string channel =
+        world.state.text(first ? "/vrop.webwifi1adv/currentchannel" : "/vrop.webwifi2adv/currentchannel");
+    JsonRoot values = world.state.view(place_of(request.row));
+    json_object *crowd = world.state.find(std::string(first ? CROWD_2G : CROWD_5G) + "/" + channel);
+    for (const char *name : {"interferencepercent", "noise"})
+        if (json_object *value = member(crowd, name)) put(values.get(), name, copy_json(value));
+    return named_reply(request, std::move(values));
 }
 
 JsonRoot set_simple(World &world, const Request &request) {
@@ -130,9 +143,14 @@ constexpr Method ROWS[] = {
     {"vrop.wifi.1.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", NETWORKS_2G},
     {"vrop.wifi.2.ap.modify", "getbyindex", BY_INDEX, get_access_point, "one 5 GHz network", NETWORKS_5G},
     {"vrop.wifi.2.ap.modify", "set", ACCESS_POINT, set_access_point, "change it", NETWORKS_5G},
-    {"vrop.wifi.1", "getinterference", {}, show, "noise in dBm, interference in percent", INTERFERENCE_2G},
+    {"vrop.wifi.1",
+     "getinterference",
+     {},
+     show_interference,
+     "noise in dBm, interference in percent, on the present channel",
+     INTERFERENCE_2G},
     {"vrop.wifi.1", "getchannelscore", {}, show, "score of each channel, 100 is best", SCORES_2G, SCORES},
-    {"vrop.wifi.2", "getinterference", {}, show, "the same at 5 GHz", INTERFERENCE_5G},
+    {"vrop.wifi.2", "getinterference", {}, show_interference, "the same at 5 GHz", INTERFERENCE_5G},
     {"vrop.wifi.2", "getchannelscore", {}, show, "the same at 5 GHz", SCORES_5G, SCORES},
 };
 

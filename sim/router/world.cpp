@@ -20,10 +20,10 @@ JsonRoot refusal(const std::string &reason) {
 
 std::vector<Method> all_methods() {
     std::vector<Method> rows;
-    for (Methods subject :
-         {identity_methods(), wifi_methods(), apclient_methods(), guest_methods(), wan_methods(),
-          timer_methods(), station_methods(), filter_methods(), parental_methods(), rule_methods(),
-          diagnosis_methods(), firmware_methods(), hardware_methods(), simulation_methods()})
+    for (Methods subject : {identity_methods(), wifi_methods(), apclient_methods(), guest_methods(),
+                            wan_methods(), timer_methods(), station_methods(), filter_methods(),
+                            parental_methods(), rule_methods(), diagnosis_methods(), traffic_methods(),
+                            firmware_methods(), hardware_methods(), simulation_methods()})
         rows.insert(rows.end(), subject.begin(), subject.end());
     return rows;
 }
@@ -63,17 +63,23 @@ void World::elapse(int seconds) {
     elapse_disconnections(*this, seconds);
     elapse_clock(*this, seconds);
     enforce_access(*this);
+    elapse_speed_test(*this, seconds);
 }
 
 void World::restart_router(int delay_millis) {
     effects.later(delay_millis, [this] {
         if (state.find(UPTIME)) state.set(UPTIME, 0);
-        effects.restart(true);
+        if (state.find("/vrop.ecm/mounted")) state.set("/vrop.ecm/mounted", 1);
+        if (state.find("/vrop.speedtest")) state.set("/vrop.speedtest/url", std::string());
+        effects.boot(state.integer("/sim/boottime"));
     });
 }
 
-void World::restore_factory_state() {
-    state = State(factory_state);
+void World::restore_factory_state(std::span<const char *const> kept) {
+    State factory(factory_state);
+    for (const char *name : kept)
+        if (json_object *value = member(state.root(), name)) put(factory.root(), name, copy_json(value));
+    state = std::move(factory);
 }
 
 JsonRoot result(const char *value) {

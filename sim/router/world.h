@@ -50,6 +50,9 @@ struct Effects {
     };
     // Gives all objects new ids; with drop_clients the bus goes down and up as well.
     std::function<void(bool drop_clients)> restart = [](bool) {};
+    // The router restarts: its objects leave the bus, every client is dropped, and some milliseconds later
+    // the objects are back with new ids.
+    std::function<void(int millis)> boot = [](int) {};
     // The set of absent objects has changed.
     std::function<void()> republish = [] {};
 };
@@ -66,10 +69,11 @@ class World {
     void record(const Call &call);
     // Lets time go by.
     void elapse(int seconds);
-    // The router loses power for a moment: the clock of uptimes starts again, the bus goes down.
+    // The router restarts some milliseconds later: uptimes start again, the USB disk is mounted, a speed test
+    // has ended, and it is away from the bus for /sim/boottime milliseconds.
     void restart_router(int delay_millis);
-    // Back to the state that it was made with.
-    void restore_factory_state();
+    // Back to the state that it was made with, but for the members of the state that are kept.
+    void restore_factory_state(std::span<const char *const> kept);
 
     const std::vector<Method> methods;
     State state;
@@ -113,6 +117,7 @@ Methods filter_methods();
 Methods parental_methods();
 Methods rule_methods();
 Methods diagnosis_methods();
+Methods traffic_methods();
 Methods firmware_methods();
 Methods hardware_methods();
 Methods simulation_methods();
@@ -131,6 +136,7 @@ void carry_out_tasks(World &world, int from, int to); // those due after `from`,
 void elapse_guests(World &world, int seconds);
 void elapse_stations(World &world, int seconds);
 void elapse_disconnections(World &world, int seconds);
+void elapse_speed_test(World &world, int seconds);
 
 // The stations of a network on a radio are now in the network of another name.
 void rename_network(World &world, const std::string &radio, const std::string &ssid,

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // What happens to the router by itself: WAN, cable, stations, time, flashing.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
 #include "sim/router/bus_caller.h"
 #include "sim/router/json.h"
+#include "support/text_file.h"
 
 namespace {
 
@@ -126,15 +128,64 @@ TEST(World, RunsTheNewVersionAfterAnUpgradeAndTheOldStateAfterAReset) {
     EXPECT_TRUE(router.wait_for_state("/vrop.ledswitch/status", R"("on")"));
 }
 
-TEST(World, LeavesThePingResultAndTheExportWhereTheyAreLookedFor) {
+TEST(World, LeavesPingResultsTheStorageStatusAndTheExportWhereTheyAreLookedFor) {
     router::Router router(R"({"sim":{"ping":{"loss":25}}})");
-    play(router, {{R"(vrop.diagnosis ping {"host":"ping.example","num":4})"}, {"vrop configexport"}});
-    std::ifstream ping("/aptmp/pingrt");
-    std::string title, loss, times;
-    std::getline(std::getline(std::getline(ping, title), loss), times);
-    EXPECT_EQ(loss, "4 packets transmitted, 3 packets received, 25% packet loss");
-    EXPECT_EQ(times, "round-trip min/avg/max = 8.120/9.334/12.871 ms");
+    const auto ping = [&router](const std::string &host) {
+        EXPECT_EQ(call(router, R"(vrop.diagnosis ping {"host":")" + host + R"(","num":4})"), DONE);
+        return text_of("/aptmp/pingrt");
+    };
+    constexpr char LOSS[] = "4 packets transmitted, 3 packets received, 25% packet loss\n";
+    constexpr char TIMES[] = "round-trip min/avg/max = 8.120/9.334/12.871 ms\n";
+    EXPECT_THAT(ping("ping.example"), testing::EndsWith(std::string(LOSS) + TIMES));
+    EXPECT_THAT(ping("dead.example.com"), testing::EndsWith(" 0 packets received, 100% packet loss\n"));
+    EXPECT_EQ(ping("$(reboot)"), "ping: bad address\n");
+    play(router, {{R"(sim storage {"nat_type":4})"}, {"vrop configexport"}});
+    EXPECT_EQ(text_of("/aptmp/ecm.status"), "upnp=1\nnat_type=4\nconnect_status=1\n");
     EXPECT_GT(std::filesystem::file_size("/aptmp/cfg_export_config_file.conf"), 0U);
+}
+
+TEST(World, MeasuresWhatItsRadiosAndItsLineDo) {
+    router::Router router;
+    const std::string values = R"({"vrop.wifi.1":{"interferencepercent":)";
+    EXPECT_EQ(call(router, "vrop.wifi.1 getinterference"), values + R"(35,"noise":-92}})");
+    play(router, {{R"(vrop.webwifi1adv set {"channel":11})"}});
+    EXPECT_EQ(call(router, "vrop.wifi.1 getinterference"), values + R"(88,"noise":-74}})");
+    play(router, {{R"(sim download {"mac":"02a0c9000006","rate":40})",
+                   R"(/vrop.laninfo/5/rxrate="40.00" /vrop.waninfo.wanrate/rxrate_rt="48.00")"},
+                  {R"(sim download {"mac":"02a0c9000006","rate":0})",
+                   R"(/vrop.laninfo/5/rxrate="0.00" /vrop.waninfo.wanrate/rxrate_rt="8.00")"},
+                  {R"(vrop.speedtest setdownload {"url":"http://host/file","time":10,"interval":0})"}});
+    std::vector<int> speeds;
+    for (int second = 0; second < 12; second++, router.elapse(1))
+        call(router, "vrop.speedtest getinfo"),
+            speeds.push_back(std::stoi(router.value("/vrop.speedtest/speed").substr(1)));
+    EXPECT_EQ(*std::max_element(speeds.begin(), speeds.end()), 11796480);
+    EXPECT_LT(speeds.front(), speeds.back());
+}
+
+TEST(World, GoesAwayWithARebootAndKeepsOfAResetWhatItsLevelSays) {
+    router::Router router(R"({"sim":{"restartdelay":1,"boottime":1}})");
+    router.start();
+    for (const auto &[level, led, ssid, wan] : {std::tuple("0", "on", "Home", "DHCP"),
+                                                {"1", "on", "Home", "BRIDGE"},
+                                                {"2", "on", "Mine", "BRIDGE"}}) {
+        play(router, {{R"(vrop.ledswitch set {"status":"off"})"},
+                      {R"(vrop.webwifisimple set {"wifi24ssid":"Mine"})"},
+                      {R"(vrop.waninfo set {"networktype":"BRIDGE"})"}});
+        EXPECT_EQ(call(router, std::string(R"(vrop reset {"resetlevel":)") + level + "}"), DONE);
+        EXPECT_TRUE(router.wait_for_state("/vrop.homewebinfo/uptime", "0"));
+        EXPECT_EQ(router.value("/vrop.ledswitch/status"), '"' + std::string(led) + '"') << level;
+        EXPECT_EQ(router.value("/vrop.wifi.1.ap/0/ssid"), '"' + std::string(ssid) + '"') << level;
+        EXPECT_EQ(router.value("/vrop.waninfo/networktype"), '"' + std::string(wan) + '"') << level;
+        router.elapse(1);
+    }
+    play(router, {{R"(vrop.ecm set {"cutusb":1})", "/vrop.ecm/mounted=0"},
+                  {R"(sim setstate {"pointer":"/sim/boottime","value":"60000"})"},
+                  {"vrop reboot"}});
+    EXPECT_TRUE(router.wait_for_state("/vrop.ecm/mounted", "1"));
+    BusCaller client;
+    EXPECT_EQ(client.id("vrop.ledswitch"), 0U);
+    EXPECT_NE(client.id("sim"), 0U);
 }
 
 } // namespace

@@ -31,8 +31,11 @@ bool Store::put(const std::string &name, const std::string &bytes) {
 std::optional<std::string> Store::get(const std::string &name) const {
     std::lock_guard lock(mutex_);
     auto found = files_.find(name);
-    if (found == files_.end()) return std::nullopt;
-    return found->second;
+    if (found != files_.end()) return found->second;
+    std::string bytes;
+    const bool kept = !directory_.empty() && is_plain_name(name) &&
+                      read_file((directory_ + "/" + name).c_str(), std::string::npos, &bytes);
+    return kept ? std::optional(bytes) : std::nullopt;
 }
 
 } // namespace cloudsim

@@ -21,6 +21,7 @@ class Store {
 
     // False when the name is not plain or the file cannot be written (mode 0600, whole or not at all).
     bool put(const std::string &name, const std::string &bytes);
+    // Also what an earlier server left in the directory.
     std::optional<std::string> get(const std::string &name) const;
 
   private:

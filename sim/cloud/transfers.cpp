@@ -26,8 +26,10 @@ void send_firmware(Services &services, Visit &visit) {
     send_file(visit, firmware && firmware->name == name_of(visit) ? &firmware->image : nullptr);
 }
 
+// What was given to the server to hand out, else what a device has uploaded.
 void send_backup(Services &services, Visit &visit) {
     std::optional<std::string> bytes = services.backups.get(name_of(visit));
+    if (!bytes) bytes = services.uploads.get(name_of(visit));
     send_file(visit, bytes ? &*bytes : nullptr);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Who the router is and how it is registered; its account, LED, mesh and set-top-box settings.
+// Who the router is and how it is registered; its account, LED and mesh settings.
 #include "sim/router/world.h"
 
 namespace router {
@@ -17,7 +17,6 @@ constexpr Field ACCOUNT[] = {required(text("user", 1, 63)), required(text("oldpa
                              required(text("newpasswd", 4, 88))};
 constexpr Field LED[] = {required(choice("status", "on|off"))};
 constexpr Field MESH[] = {required(flag("enable")), integer("role", 0, 2)};
-constexpr Field IPTV[] = {flag("enable"), any("vlanid"), text("ethport", 0, 7)};
 constexpr Field STORAGE[] = {text("hcdnpath", 0, 127), steering(flag("cutusb")),
                              flag("hcdn_open"),        flag("samba"),
                              flag("inmemoryop"),       flag("outmemoryop")};
@@ -63,8 +62,6 @@ constexpr Method ROWS[] = {
     {"vrop.mesh", "get", {}, show, "mesh: enable, role, current_role; status 0 off, 1 on, 2 connecting"},
     {"vrop.mesh", "set", MESH, set_mesh, "switch mesh; role 0 automatic, 1 controller, 2 agent"},
     {"vrop.mesh", "connect", {}, connect_mesh, "start pairing; refused while mesh is off"},
-    {"vrop.iptv", "get", {}, show, "set-top-box port: enable, vlanid, ethport"},
-    {"vrop.iptv", "set", IPTV, store, "change it"},
     {"vrop.ecm", "get", {}, show, "USB storage"},
     {"vrop.ecm", "set", STORAGE, cut_usb, "cutusb 1 detaches the disk; the switches of ecm.conf take effect"},
 };

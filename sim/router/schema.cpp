@@ -25,11 +25,16 @@ bool is_address(const std::string &value) {
     return inet_pton(AF_INET, value.c_str(), &parsed) == 1;
 }
 
+bool is_address6(const std::string &value) {
+    in6_addr parsed{};
+    return inet_pton(AF_INET6, value.c_str(), &parsed) == 1;
+}
+
 bool are_addresses(std::string value, int max) {
     for (int count = 1; count <= max; count++) {
         std::size_t comma = value.find(',');
         std::string one = value.substr(0, comma);
-        if (!one.empty() && !is_address(one)) return false;
+        if (!one.empty() && !is_address(one) && !is_address6(one)) return false;
         if (comma == std::string::npos) return true;
         value.erase(0, comma + 1);
     }
@@ -59,12 +64,12 @@ bool fits(const Field &field, json_object *value) {
         return is_text && among(text, field.choices);
     case Field::Kind::Address:
         return is_text && is_address(text);
+    case Field::Kind::Address6:
+        return is_text && (text.empty() || is_address6(text));
     case Field::Kind::Addresses:
         return is_text && are_addresses(text, field.max);
     case Field::Kind::Mac:
         return is_text && is_mac(text);
-    case Field::Kind::Any:
-        return is_integer || is_text;
     }
     return false;
 }
@@ -96,19 +101,19 @@ std::string describe(const Field &field) {
         return name + " text(" + range + ")";
     case Field::Kind::Address:
         return name + " address";
+    case Field::Kind::Address6:
+        return name + " IPv6 address";
     case Field::Kind::Addresses:
         return name + " address,...";
     case Field::Kind::Mac:
         return name + " MAC";
-    case Field::Kind::Any:
-        break;
     }
     return name;
 }
 
 int bus_type(const Field &field) {
     if (field.kind == Field::Kind::Integer || field.kind == Field::Kind::Number) return BLOBMSG_TYPE_INT32;
-    return field.kind == Field::Kind::Any ? BLOBMSG_TYPE_UNSPEC : BLOBMSG_TYPE_STRING;
+    return BLOBMSG_TYPE_STRING;
 }
 
 std::string spell_mac(const std::string &mac) {

@@ -23,9 +23,9 @@ struct Field {
         Text,      // of min to max bytes
         Choice,    // one of `choices`
         Address,   // dotted IPv4 address
-        Addresses, // up to max of them, separated by commas; any may be empty
+        Address6,  // IPv6 address; may be empty
+        Addresses, // up to max of either, separated by commas; any may be empty
         Mac,       // twelve hexadecimal digits, with or without colons
-        Any,       // a text or an integer
     };
     const char *name;
     const char *choices; // separated by '|'
@@ -55,14 +55,14 @@ constexpr Field choice(const char *name, const char *choices) {
 constexpr Field address(const char *name) {
     return {name, "", Field::Kind::Address};
 }
+constexpr Field address6(const char *name) {
+    return {name, "", Field::Kind::Address6};
+}
 constexpr Field addresses(const char *name, int max) {
     return {name, "", Field::Kind::Addresses, 0, max};
 }
 constexpr Field mac(const char *name) {
     return {name, "", Field::Kind::Mac};
-}
-constexpr Field any(const char *name) {
-    return {name, "", Field::Kind::Any};
 }
 constexpr Field required(Field field) {
     field.required = true;

@@ -21,14 +21,14 @@ constexpr Field SETTINGS[] = {
     address("ipaddr"),
     address("subnetmask"),
     choice("protocoltype", "IPv4|IPv6|IPv4/IPv6"),
-    any("ipv6type"),
-    any("ipv6addr"),
-    any("gateway6"),
-    any("dns6type"),
-    any("dns6"),
-    any("ipv6prefixOrigin"),
-    any("ipv6prefix6"),
-    any("ipv6prefixlen6"),
+    choice("ipv6type", "DHCPv6|Static"),
+    address6("ipv6addr"),
+    address6("gateway6"),
+    choice("dns6type", "DHCPv6|Static"),
+    addresses("dns6", 3),
+    choice("ipv6prefixOrigin", "None|PrefixDelegation|Static"),
+    address6("ipv6prefix6"),
+    integer("ipv6prefixlen6", 0, 128),
 };
 
 bool is_netmask(const std::string &text) {
@@ -51,8 +51,17 @@ void check_type(const World &world, const Request &request) {
         throw Refused("parameter format incorrect: 'subnetmask'");
 }
 
+// The same for a static IPv6 address.
+void check_type6(const World &world, const Request &request) {
+    if (text_of(request.arguments, "ipv6type") != "Static") return;
+    for (const char *name : {"ipv6addr", "gateway6"})
+        if (text_after(world, request, WAN, name).empty())
+            throw Refused("required parameter: '" + std::string(name) + "'");
+}
+
 JsonRoot set_wan_settings(World &world, const Request &request) {
     check_type(world, request);
+    check_type6(world, request);
     store(world, request);
     const std::string type = text_of(request.arguments, "networktype");
     if (!type.empty()) {

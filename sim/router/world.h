@@ -107,6 +107,7 @@ int index_of_mac(json_object *array, const std::string &mac);
 
 // The subjects. Each file gives its rows.
 Methods identity_methods();
+Methods iptv_methods();
 Methods wifi_methods();
 Methods apclient_methods();
 Methods guest_methods();

@@ -15,6 +15,7 @@
 #include "properties/visitor_wifi.h"
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
+#include "services/backup_services.h"
 #include "services/control.h"
 #include "services/diagnostics.h"
 #include "services/disks.h"
@@ -76,8 +77,8 @@ const struct service_row service_map[30] = {
     {"monitorSpeed", nullptr, monitorSpeed_call},
     {"apMonitorSpeed", nullptr, apMonitorSpeed_call},
     {"allApMonitorSpeed", nullptr, allApMonitorSpeed_call},
-    {"tuningBackupCfg", nullptr, open_row_call<9>},
-    {"cfgReport", nullptr, open_row_call<10>},
+    {"tuningBackupCfg", nullptr, tuningBackupCfg_call},
+    {"cfgReport", nullptr, cfgReport_call},
     {"relayScan", nullptr, open_row_call<11>},
     {"maxMonitorSpeed", nullptr, maxMonitorSpeed_call},
     {"cutUsb", nullptr, cutUsb_call},
@@ -93,7 +94,7 @@ const struct service_row service_map[30] = {
     {"physicsInfo", nullptr, physics_info_call},
     {"pingTest", nullptr, ping_test_call},
     {"remoteCap", nullptr, open_row_call<25>},
-    {"remoteCfgExport", nullptr, open_row_call<26>},
+    {"remoteCfgExport", nullptr, remoteCfgExport_call},
     {"tuningMemory", nullptr, tuningMemory_call},
     {"wirelessInterference", nullptr, wirelessInterference_call},
     {},

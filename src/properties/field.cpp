@@ -18,6 +18,29 @@ const char *text_of(const Field &field, const void *record) {
     return static_cast<const char *>(record) + field.offset;
 }
 
+bool is_given(const Field &field, const void *record) {
+    if (field.kind == FieldKind::Text) return *text_of(field, record) != '\0';
+    const int32_t value = integer_of(field, record);
+    return value != -1 && (field.to_text == nullptr || field.to_text(value) != nullptr);
+}
+
+int add_member(const Field &field, const void *record, json_object *object) {
+    if (field.kind == FieldKind::Text)
+        return JsonSetStr(object, nullptr, field.cloud, text_of(field, record));
+    const int32_t value = integer_of(field, record);
+    return field.kind == FieldKind::Switch ? JsonSetBool(object, nullptr, field.cloud, value != 0)
+                                           : JsonSetInt64(object, nullptr, field.cloud, value);
+}
+
+void add_member(const Field &field, const void *record, BusMessage *message) {
+    if (field.kind == FieldKind::Text)
+        message->text(field.daemon, text_of(field, record));
+    else if (field.to_text != nullptr)
+        message->text(field.daemon, field.to_text(integer_of(field, record)));
+    else
+        message->integer(field.daemon, integer_of(field, record));
+}
+
 } // namespace
 
 int32_t request_integer(json_object *request, const char *key) {
@@ -71,23 +94,32 @@ void read_daemon(Fields fields, json_object *reply, void *record) {
 int write_document(Fields fields, const void *record, json_object *document, const char *path) {
     json_object *object = JsonCreatePath(document, path);
     int written = 1;
-    for (const Field &field : fields) {
-        if (field.kind == FieldKind::Text)
-            written &= JsonSetStr(object, nullptr, field.cloud, text_of(field, record));
-        else if (field.kind == FieldKind::Switch)
-            written &= JsonSetBool(object, nullptr, field.cloud, integer_of(field, record) != 0);
-        else
-            written &= JsonSetInt64(object, nullptr, field.cloud, integer_of(field, record));
-    }
+    for (const Field &field : fields)
+        written &= add_member(field, record, object);
     return written == 1 ? 0 : -1;
 }
 
 void write_message(Fields fields, const void *record, BusMessage *message) {
+    for (const Field &field : fields)
+        if (field.daemon != nullptr) add_member(field, record, message);
+}
+
+int write_given_document(Fields fields, const void *record, json_object *object) {
+    int count = 0;
     for (const Field &field : fields) {
-        if (field.daemon == nullptr) continue;
-        if (field.kind == FieldKind::Text)
-            message->text(field.daemon, text_of(field, record));
-        else
-            message->integer(field.daemon, integer_of(field, record));
+        if (!is_given(field, record)) continue;
+        if (add_member(field, record, object) != 1) return -1;
+        count++;
     }
+    return count;
+}
+
+int write_given_message(Fields fields, const void *record, BusMessage *message) {
+    int count = 0;
+    for (const Field &field : fields) {
+        if (field.daemon == nullptr || !is_given(field, record)) continue;
+        add_member(field, record, message);
+        count++;
+    }
+    return count;
 }

@@ -25,9 +25,11 @@ struct Field {
     const char *daemon; // null: the daemon has no member of its own for it
     // the daemon's text, null when it gives none, as the integer kept here; null: taken as it is
     int32_t (*from_text)(const char *text);
+    // the other direction: the daemon's text for the integer, null when it has none; null: sent as it is
+    const char *(*to_text)(int32_t value);
 };
 
-// FIELD(Integer, WifiRecord, wifi2g_open, "wifi2gOpen", "wifi24apenable" [, converter])
+// FIELD(Integer, WifiRecord, wifi2g_open, "wifi2gOpen", "wifi24apenable" [, from_text [, to_text]])
 #define FIELD(kind, record, member, cloud, daemon, ...)                                                      \
     Field {                                                                                                  \
         FieldKind::kind, offsetof(record, member), sizeof(record::member), cloud, daemon, __VA_ARGS__        \
@@ -44,6 +46,11 @@ void read_daemon(Fields fields, json_object *reply, void *record);
 int write_document(Fields fields, const void *record, json_object *document, const char *path);
 // Into a message, in the rows' order: rows that name a daemon member.
 void write_message(Fields fields, const void *record, BusMessage *message);
+
+// The same two for records that may lack values: what is not given (an integer of -1, a number that has no
+// text, an empty text) is left out. The number of members written; the document's is -1 when memory ran out.
+int write_given_document(Fields fields, const void *record, json_object *object);
+int write_given_message(Fields fields, const void *record, BusMessage *message);
 
 // One integer of a request: a number, a boolean, or a text that is a number; else -1.
 int32_t request_integer(json_object *request, const char *key);

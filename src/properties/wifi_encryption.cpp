@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr const char *AUTHMODES[] = {
-    "NONE", "WPA-PSK", "WPA2-PSK", "WPA-PSK/WPA2-PSK", "WPA3-SAE", "WPA2-PSK/WPA3-SAE",
-};
 constexpr int DEFAULT_CODE = 3;
 
 } // namespace
@@ -21,8 +18,8 @@ int get_report_encrytion(const char *authmode) {
         LOG("param is NULL");
         return -1;
     }
-    for (size_t code = 0; code < std::size(AUTHMODES); ++code) {
-        if (strcmp(authmode, AUTHMODES[code]) == 0) return static_cast<int>(code);
+    for (size_t code = 0; code < std::size(WIFI_AUTHMODES); ++code) {
+        if (strcmp(authmode, WIFI_AUTHMODES[code]) == 0) return static_cast<int>(code);
     }
     LOG("use default encrytion");
     return DEFAULT_CODE;
@@ -33,7 +30,7 @@ int get_set_encrytion(int code, char *authmode, int size) {
         LOG("param is NULL");
         return -1;
     }
-    const bool known = code >= 0 && code < static_cast<int>(std::size(AUTHMODES));
-    copy_text(authmode, static_cast<size_t>(size), AUTHMODES[known ? code : DEFAULT_CODE]);
+    const bool known = code >= 0 && code < static_cast<int>(std::size(WIFI_AUTHMODES));
+    copy_text(authmode, static_cast<size_t>(size), WIFI_AUTHMODES[known ? code : DEFAULT_CODE]);
     return 0;
 }

@@ -2,6 +2,11 @@
 // Encryption codes of the cloud, 0 to 5, and the daemon's texts for them. Any thread.
 #pragma once
 
+// The texts, each at its code.
+inline constexpr const char *WIFI_AUTHMODES[] = {
+    "NONE", "WPA-PSK", "WPA2-PSK", "WPA-PSK/WPA2-PSK", "WPA3-SAE", "WPA2-PSK/WPA3-SAE",
+};
+
 // Code of a text: exact match; an unknown text counts as 3 ("WPA-PSK/WPA2-PSK"), null gives -1.
 int get_report_encrytion(const char *authmode);
 

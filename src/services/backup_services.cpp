@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/backup_services.h"
+
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <unistd.h>
+
+#include "core/bus.h"
+#include "core/clock.h"
+#include "core/command.h"
+#include "core/files.h"
+#include "core/json_path.h"
+#include "core/text.h"
+#include "core/thread.h"
+#include "https/helper_program.h"
+#include "properties/field.h"
+#include "relay/event_client.h"
+#include "services/backup_read.h"
+#include "services/restore.h"
+#include "services/service.h"
+#include "services/url_file.h"
+
+namespace {
+
+constexpr size_t PROGRESS_DATAGRAM = 128;
+constexpr unsigned STEP_SECONDS = 2;
+constexpr unsigned LAST_STEP_SECONDS = 1;
+constexpr size_t BACKUP_URL_SIZE = 256;
+constexpr size_t EXPORT_URL_SIZE = 512;
+constexpr char EXPORT_FILE[] = "/tmp/cfg_export_config_file.conf";
+constexpr char APTMP_EXPORT_FILE[] = "/aptmp/cfg_export_config_file.conf";
+
+std::mutex backup_file_mutex; // two backups in one minute have one name
+std::mutex export_mutex;      // the daemon writes one file for all exports
+
+// What may stand in a file's name anywhere and, "-" and the like apart, is no sign to a shell or a pattern.
+void make_file_name(char *model) {
+    constexpr char PLAIN[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-.";
+    if (*model == '.') *model = '-';
+    for (char *at = model + strspn(model, PLAIN); *at != '\0'; at += strspn(at, PLAIN))
+        *at = '-';
+}
+
+bool create_file(const char *path, const char *text) {
+    const Descriptor file = create_private_file(path);
+    return file && write_all(file.get(), text, strlen(text));
+}
+
+ServiceAnswer back_up(const ServiceRequest &request) {
+    char document[BACKUP_DOCUMENT_SIZE] = "";
+    if (tunningBackupCfg_get(document, sizeof document) != 0) return answer_failed();
+    char name[128] = "";
+    std::lock_guard lock(backup_file_mutex);
+    if (set_fileName(name, sizeof name) != 0) LOG_AT(request.site, "set file name fail");
+    if (!create_file(name, document)) {
+        LOG_AT(request.site, "creat  file fail");
+        unlink(name); // a full disk takes the beginning
+        return answer_failed();
+    }
+    int status = 0;
+    run_cmd(&status, "post_file >/dev/null 2>&1"); // whether the cloud has it, the cloud knows
+    unlink(name);
+    return answer_done();
+}
+
+// Fetches the document into BACKUP_FILE. True when the helper says that it has.
+bool fetch_document(LogSite site) {
+    int status = -1; // also of a helper that was killed
+    run_post_data(PostDataMode::configuration, &status);
+    LOG_AT(site, "ret:%d", status);
+    if (status != 0) LOG_AT(site, "download fail");
+    return status == 0;
+}
+
+ServiceAnswer fetch_and_restore(const ServiceRequest &request) {
+    cfgReport_progress(40);
+    pause_seconds(STEP_SECONDS);
+    char address[BACKUP_URL_SIZE];
+    copy_text(address, request_text(request.json, "backupUrl"));
+    {
+        const UrlFile file(address, request.site);
+        if (!file) return answer_failed(R"({"urltxt":"failed"})");
+        if (!fetch_document(request.site)) return answer_failed();
+    }
+    cfgReport_progress(80);
+    pause_seconds(STEP_SECONDS);
+    if (cfgReport_threadStart() != 0) {
+        LOG_AT(request.site, "config fail");
+        return answer_failed();
+    }
+    cfgReport_progress(100);
+    pause_seconds(LAST_STEP_SECONDS);
+    return answer_done();
+}
+
+// The request's "url" as it stands, cut between characters.
+std::string answer_url(json_object *request) {
+    const char *given = request_text(request, "url");
+    std::string url = given != nullptr ? given : "";
+    size_t length = url.size() < EXPORT_URL_SIZE ? url.size() : EXPORT_URL_SIZE - 1;
+    while (length < url.size() && length > 0 && (url[length] & 0xC0) == 0x80)
+        length--;
+    url.resize(length);
+    return url;
+}
+
+// Uploads what the daemon has exported to the address.
+ServiceAnswer upload_export(const ServiceRequest &request) {
+    const char *address = request_text(request.json, "uploadUrl");
+    if (address == nullptr) {
+        LOG_AT(request.site, "url is invalid");
+        return answer_failed(R"({"url content":"empty"})");
+    }
+    if (*address == '\0') {
+        LOG_AT(request.site, "url content is empty");
+        return answer_failed(R"({"url":"failed"})");
+    }
+    LOG_AT(request.site, "url is %s", address);
+    char upload_url[EXPORT_URL_SIZE];
+    copy_text(upload_url, address);
+    const std::string url = answer_url(request.json);
+    const UrlFile file(upload_url, request.site);
+    if (!file) return answer_failed(R"({"urltxt":"failed"})");
+    const char *path = file_exists_container_flag(APTMP_EXPORT_FILE) != 0 ? APTMP_EXPORT_FILE : EXPORT_FILE;
+    if (run_cmd_ext(format_text<512>("%s %s", PUT_FILE_PROGRAM, path).text) != 0) {
+        LOG_AT(request.site, "put file failed");
+        return answer_failed(R"({"upload":"failed"})");
+    }
+    return answer_with("{\"url\": " + JsonQuote(url.c_str()) + "}");
+}
+
+ServiceAnswer export_refused(const ServiceRequest &request) {
+    LOG_AT(request.site, "remoteCfgExport fail");
+    return answer_failed();
+}
+
+} // namespace
+
+int tuningBackupCfg_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    constexpr Service SERVICE = {.name = "tuningBackupCfg", .entry = "tuningBackupCfg_call ...\n"};
+    return serve(SERVICE, {handle, id, parameters}, back_up);
+}
+
+int cfgReport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    constexpr Service SERVICE = {
+        .name = "cfgReport", .entry = "cfgReport_call ...\n", .parameters = Parameters::needed};
+    return serve(SERVICE, {handle, id, parameters}, fetch_and_restore);
+}
+
+int remoteCfgExport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    constexpr Service REFUSED = {.name = "remoteCfgExport"};
+    constexpr Service SERVICE = {.name = "remoteCfgExport", .parameters = Parameters::needed};
+    const ServiceCall call = {handle, id, parameters};
+    std::lock_guard lock(export_mutex);
+    // before the request is looked at: even one that is refused leaves a fresh export
+    if (set_dev_info("vrop", "configexport") != 0) return serve(REFUSED, call, export_refused);
+    return serve(SERVICE, call, upload_export);
+}
+
+int set_fileName(char *name, int size) {
+    if (name == nullptr || size < 1) {
+        LOG("param is NULL");
+        return -1;
+    }
+    JsonRoot root;
+    json_object *info = get_dev_info("vrop.devinfo", "get", &root);
+    if (info == nullptr) return -1;
+    char model[64];
+    copy_text(model, _json_get_str(info, "model"));
+    make_file_name(model);
+    char mac[18] = "";
+    const MacBytes bytes = mac_from_hex(_json_get_str(info, "mac"));
+    snprintf(mac, sizeof mac, "%02X:%02X:%02X:%02X:%02X:%02X%s", bytes.byte[0] & 0xff, bytes.byte[1] & 0xff,
+             bytes.byte[2] & 0xff, bytes.byte[3] & 0xff, bytes.byte[4] & 0xff, bytes.byte[5] & 0xff, "");
+    const struct tm now = local_time();
+    const Text<32> time = format_text<32>("%04d%02d%02d%02d%02d%s", now.tm_year + 1900, now.tm_mon + 1,
+                                          now.tm_mday, now.tm_hour, now.tm_min, "");
+    snprintf(name, static_cast<size_t>(size), "/tmp/%s_%s_%s.config%s", model, mac, time.text, "");
+    return 0;
+}
+
+void cfgReport_progress(int percent) {
+    Text<PROGRESS_DATAGRAM> datagram = {};
+    snprintf(datagram.text, sizeof datagram.text, "{\"action\": \"cfgReportProgress\", \"progress\": %d}%s",
+             percent, "");
+    udp_send_data(datagram.text, sizeof datagram.text);
+}
+
+int cfgReport_threadStart() {
+    return start_detached(cfgReport_proc, nullptr) == 0 ? 0 : -1;
+}
+
+void *cfgReport_proc(void *) {
+    tunningBackupCfg_set();
+    LOG("pthread_exit\n");
+    return nullptr;
+}
+
+int file_exists_container_flag(const char *path) {
+    const int flag = access(path, F_OK) == 0 ? 1 : 0;
+    LOG("flag: %d", flag);
+    return flag;
+}

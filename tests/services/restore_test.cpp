@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: Apache-2.0
+// Backup documents and what a restore makes of them.
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "services/backup_rig.h"
+#include "support/moving_clock.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::Not;
+using Texts = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+// A router that differs from the home of home.json in everything that a backup could hold.
+const std::string OTHER = R"JSON({
+    "account": {"passwd": "cGFzcyAiMSI="},
+    "vrop.mesh": {"enable": 1, "role": 2},
+    "vrop.iptv": {"cfg_list": [{"Enable": 1, "VlanID": 85, "Interface1": 1, "Interface2": 0, "Interface3": 0},
+                               {"Enable": 0, "VlanID": 45, "Interface1": 0, "Interface2": 1, "Interface3": 1}]},
+    "vrop.webwifisimple": {"wifidual": 1, "use2_4gpwd": 1, "wifi5backup": 1, "wifi5backup24ssid": "Spare"},
+    "vrop.wifi.1.ap": [{"index": 0, "enable": 0, "ssid": "Caf\u00e9 \"1\"", "key": "a'b\\c;$(x)",
+                        "encrypt": "TKIP/AES", "authmode": "WPA-PSK", "hide": 1}],
+    "vrop.wifi.2.ap": [{"index": 0, "enable": 0, "ssid": "Five", "key": "other-five", "encrypt": "NONE",
+                        "authmode": "NONE", "hide": 1}],
+    "vrop.webwifi1adv": {"txpower": 20, "bandwidth": 40, "mode": "11bg", "channel": 11},
+    "vrop.webwifi2adv": {"txpower": 30, "bandwidth": 160, "mode": "11ac", "channel": 149},
+    "vrop.waninfo": )JSON";
+
+const Texts WIFI = {"/vrop.webwifisimple/wifidual", "/vrop.webwifisimple/wifi5backup",
+                    "/vrop.wifi.1.ap/0/enable",     "/vrop.wifi.1.ap/0/ssid",
+                    "/vrop.wifi.1.ap/0/key",        "/vrop.wifi.1.ap/0/authmode",
+                    "/vrop.wifi.1.ap/0/encrypt",    "/vrop.webwifi1adv/bandwidth",
+                    "/vrop.webwifi1adv/channel",    "/vrop.wifi.2.ap/0/enable",
+                    "/vrop.wifi.2.ap/0/ssid",       "/vrop.wifi.2.ap/0/key",
+                    "/vrop.wifi.2.ap/0/authmode",   "/vrop.wifi.2.ap/0/encrypt",
+                    "/vrop.webwifi2adv/bandwidth",  "/vrop.webwifi2adv/channel",
+                    "/vrop.iptv/cfg_list",          "/account/passwd"};
+// What a restore has no words for.
+const Texts KEPT = {
+    "/vrop.mesh/enable",         "/vrop.mesh/role",           "/vrop.webwifisimple/use2_4gpwd",
+    "/vrop.wifi.1.ap/0/hide",    "/vrop.wifi.2.ap/0/hide",    "/vrop.webwifisimple/wifi5backup24ssid",
+    "/vrop.webwifi1adv/txpower", "/vrop.webwifi1adv/mode",    "/vrop.webwifi2adv/txpower",
+    "/vrop.webwifi2adv/mode",    "/vrop.waninfo/protocoltype"};
+
+struct Way {
+    std::string wan;   // the other router's, beside OTHER
+    std::string relay; // more of its state
+    std::string same;  // what comes back of it, of /vrop.waninfo if no other is named
+};
+const std::string V4 =
+    R"("ipaddr":"192.0.2.9","subnetmask":"255.255.0.0","gateway":"192.0.2.1","dnsenable":1,)"
+    R"("dns":"192.0.2.53,192.0.2.54,192.0.2.55",)";
+const std::string V6 =
+    R"("ipv6type":"Static","ipv6addr":"2001:db8::9","gateway6":"2001:db8::1","dns6type":"Static",)"
+    R"("dns6":"2001:db8::53,2001:db8::54","ipv6prefixOrigin":"Static","ipv6prefix6":"2001:db8:1::",)"
+    R"("ipv6prefixlen6":48,)";
+const Way WAYS[] = {
+    {R"({"workmode":"BRIDGE","networktype":"BRIDGE","protocoltype":"IPv6"})", "", "workmode networktype"},
+    {R"({"workmode":"ROUTE","networktype":"DHCP","protocoltype":"IPv4",)" + V4 + R"("status":"Connected"})",
+     "", "workmode networktype dnsenable dns"},
+    {R"({"protocoltype":"IPv4/IPv6","dns6type":"Static",)" + V4 + R"("networktype":"DHCP"})", "",
+     "networktype dnsenable dns dns6type"},
+    {R"({"protocoltype":"IPv6","dns6type":"Static","networktype":"DHCP"})", "", "networktype dns6type"},
+    {R"({"protocoltype":"IPv4",)" + V4 + R"("networktype":"STATIC"})", "",
+     "networktype ipaddr subnetmask gateway dnsenable dns"},
+    {R"({"protocoltype":"IPv6",)" + V6 + R"("networktype":"DHCP"})", "",
+     "ipv6type ipv6addr gateway6 dns6type dns6 ipv6prefixOrigin ipv6prefix6"},
+    {R"({"protocoltype":"IPv4/IPv6",)" + V4 + V6 + R"("networktype":"STATIC"})", "",
+     "networktype ipaddr subnetmask gateway dnsenable dns ipv6type ipv6addr gateway6 dns6type dns6 "
+     "ipv6prefixOrigin "
+     "ipv6prefix6 ipv6prefixlen6"},
+    {R"({"protocoltype":"IPv4","pppoename":"me\"@isp","pppoepwd":"p'w","pppoemtu":1480,"pppoestaticdns":1,)" +
+         V4 + R"("networktype":"PPPoE"})",
+     "", "networktype pppoename pppoepwd pppoemtu pppoestaticdns dnsenable dns"},
+    {R"({"protocoltype":"IPv4","workmode":"APCLIENT","radio":"2.4G"})",
+     R"("vrop.wifi.1.apclient":{"enable":1,"ssid":"Up","key":"upstairs1","authmode":"WPA3-SAE"})",
+     "workmode radio /vrop.wifi.1.apclient/enable /vrop.wifi.1.apclient/ssid /vrop.wifi.1.apclient/key "
+     "/vrop.wifi.1.apclient/authmode"},
+    {R"({"protocoltype":"IPv4","workmode":"APCLIENT","radio":"5G"})",
+     R"("vrop.wifi.2.apclient":{"enable":1,"ssid":"Up","key":"upstairs1","authmode":"WPA2-PSK"})",
+     "workmode radio /vrop.wifi.2.apclient/enable /vrop.wifi.2.apclient/ssid /vrop.wifi.2.apclient/key "
+     "/vrop.wifi.2.apclient/authmode"},
+};
+
+Texts values(const router::Router &router, const Texts &pointers) {
+    Texts found;
+    for (const std::string &pointer : pointers)
+        found.push_back(pointer + " " + router.value(pointer));
+    return found;
+}
+
+TEST(Restore, GivesAnotherRouterWhatTheDocumentCanHold) {
+    for (const Way &way : WAYS) {
+        SCOPED_TRACE(way.wan + way.relay);
+        Texts same = WIFI;
+        std::istringstream words(way.same);
+        for (std::string word; words >> word;)
+            same.push_back(word[0] == '/' ? word : "/vrop.waninfo/" + word);
+        std::string document;
+        Texts wanted, foreign;
+        {
+            BackupRig other(OTHER + way.wan + (way.relay.empty() ? "" : "," + way.relay) + "}");
+            document = other.backup();
+            wanted = values(other.router, same);
+            foreign = values(other.router, KEPT);
+        }
+        BackupRig home;
+        const Texts kept = values(home.router, KEPT);
+        EXPECT_EQ(home.restore(document), 0) << document;
+        EXPECT_EQ(values(home.router, same), wanted) << document;
+        EXPECT_EQ(values(home.router, KEPT), kept);
+        for (const std::string &line : foreign)
+            if (!line.ends_with("\"IPv4\"")) {
+                EXPECT_THAT(kept, Not(Contains(line)));
+            }
+        EXPECT_THAT(log_messages(), Not(Contains(HasSubstr("fail"))));
+    }
+}
+
+struct Case {
+    std::string document;
+    Texts writes;
+    Texts lines; // of the log, beside what every restore says
+    int result = 0;
+};
+
+std::string internet(const std::string &members) {
+    return R"({"InternetCfg":{)" + members + "}}";
+}
+
+TEST(Restore, WritesWhatIsGivenAndNothingElse) {
+    const Texts nothing;
+    std::string sixty_three; // of the longest password
+    for (int i = 0; i < 21; i++)
+        sixty_three += "cHBw";
+    const Case cases[] = {
+        {"{}", nothing, {"set wifi config ok", "encode new passwd fail", "set web passwd fail"}},
+        {R"({"WiFiCfg":[],"InternetCfg":7,"MESHCfg":null,"IPTVCfg":"","UserPwdCfg":{"Username":"admin"}})",
+         nothing,
+         {}},
+        {R"({"WiFiCfg":{"wifi_cfg_24G":{"Enable":0,"ESSID":"","KeyPassphrase":null,"BeaconType":6,"Encryption":"AES"},)"
+         R"("wifi_cfg_5G":{"ESSID":["x"],"BeaconType":-2}}})",
+         nothing,
+         {"tmp.wifi_cfg.wifi5gBackup_info.enable:-1", "tmp.wifi_cfg.wifi2gBackup_info.enable:-1"}},
+        {R"({"WiFiCfg":{"wifi_cfg_24G":{"RadioStatus":1,"Enable":0},"wifi_cfg_5G":{"ESSID":"Only","Channel":44},)"
+         R"("wifi5_cfg_24G":{"Enable":1}}})",
+         {R"(webwifisimple {"wifi24apenable":0,"wifi5ssid":"Only","wifi5backup":1})",
+          R"(webwifi2adv {"channel":44})"},
+         {"set wifi config ok", "tmp.wifi_cfg.wifi2gBackup_info.enable:1"}},
+        {R"({"WiFiCfg":{"SameSSIDStatus":1,"wifi_cfg_24G":{"RadioStatus":1,"Enable":1,"ESSID":"A","KeyPassphrase":"12345678",)"
+         R"("BeaconType":5,"Encryption":3,"Channel":6,"BandWidth":40},"wifi_cfg_5G":{"Enable":true,"ESSID":"B",)"
+         R"("KeyPassphrase":"87654321","BeaconType":"1","Encryption":0},"wifi5_cfg_5G":{"Enable":0},"wifi5_cfg_24G":{"Enable":1}}})",
+         {R"(webwifisimple {"wifidual":1,"wifi24apenable":1,"wifi24ssid":"A","wifi24key":"12345678","wifi5apenable":1,)"
+          R"("wifi5ssid":"B","wifi5key":"87654321","wifi5backup":0})",
+          R"(webwifi1adv {"bandwidth":40,"channel":6,"encrypt":"TKIP/AES","authmode":"WPA2-PSK/WPA3-SAE"})",
+          R"(webwifi2adv {"encrypt":"NONE","authmode":"WPA-PSK"})"},
+         {}},
+        {R"({"IPTVCfg":{"cfg_list":[{"VlanID":1},{"VlanID":2},{"VlanID":3}]}})", nothing, {}},
+        {R"({"IPTVCfg":{"cfg_list":[{"VlanID":85,"Interface1":1},{"Enable":1,"VlanID":9999,"Interface1":0,"Interface2":1,"Interface3":1}]}})",
+         {R"(iptv {"vlanid":85})", R"(iptv {"enable":1,"vlanid":9999,"ethport":"011"})"},
+         {"set iptv vlanId:9999  ethport:011 buf:fail", "set iptv config fail"}},
+        {R"({"MESHCfg":{"enable":true,"role":1}})", nothing, {}},
+        {R"({"MESHCfg":{"Enable":1,"DeviceRole":2}})",
+         {R"(mesh {"enable":1,"role":2})"},
+         {"set mesh config ok"}},
+        {R"({"MESHCfg":{"Enable":1,"DeviceRole":9}})",
+         {R"(mesh {"enable":1,"role":9})"},
+         {"start mesh fail", "set mesh config fail"}},
+        {R"({"UserPwdCfg":{"Username":"admin","Password":"n\u00e9w"}})",
+         {R"(devinfo {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bsOpdw=="})"},
+         {"set web passwd ok"}},
+        {R"({"UserPwdCfg":{"Password":")" + std::string(90, 'p') + "\"}}",
+         {R"(devinfo {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":")" + sixty_three + "\"}"},
+         {"set web passwd ok"}},
+        {R"({"UserPwdCfg":{"Username":"root","Password":"x"}})",
+         {R"(devinfo {"user":"root","oldpasswd":"YWRtaW4xMjM=","newpasswd":"eA=="})"},
+         {"change passwd fail", "set web passwd fail"}},
+        {internet(R"("RouterMode":0,"SubMode":1)"),
+         {R"(waninfo {"networktype":"BRIDGE"})"},
+         {"set internet config ok"}},
+        {internet(R"("RouterMode":3)"),
+         nothing,
+         {"route mode:3 is not right", "set internet config fail", "set backup config fail"},
+         -1},
+        {internet(R"("RouterMode":1)"), nothing, {"ipMode:-1", "subMode:-1 is not right"}, -1},
+        {internet(R"("RouterMode":1,"SubMode":3)"), nothing, {"subMode:3 is not right"}, -1},
+        {internet(R"("RouterMode":1,"SubMode":0)"), nothing, {"ipMode:-1", "set internet config fail"}, -1},
+        {internet(R"("RouterMode":1,"SubMode":0,"IPMode":1,"DNS2":"9.9.9.9")"),
+         {R"(waninfo {"networktype":"DHCP","dns":"9.9.9.9"})"},
+         {"ipMode:1"}},
+        {internet(
+             R"("RouterMode":1,"SubMode":0,"IPMode":2,"DNSEnable":true,"DNSv6Src":1,"DNSv6":"2001:db8::1")"),
+         {R"(waninfo {"networktype":"DHCP","dns6type":"Static","dns":"2001:db8::1"})"},
+         {}},
+        {internet(R"("RouterMode":1,"SubMode":1,"IPMode":1,"IpAddress":"not one")"),
+         {R"(waninfo {"networktype":"STATIC","ipaddr":"not one"})"},
+         {"set ipv4 static way fail", "set backup config fail"},
+         -1},
+        {internet(
+             R"("RouterMode":1,"SubMode":1,"IPMode":2,"Gua1":"2001:db8::2","Gateway6":"2001:db8::1","PrefixSrc":1,)"
+             R"("Prefix1":"2001:db8:7::","Prefix1Len":60,"PrefixDelegation":"2001:db8:8::","IpAddress":"192.0.2.1")"),
+         {R"(waninfo {"ipv6type":"Static","ipv6addr":"2001:db8::2","gateway6":"2001:db8::1","ipv6prefixOrigin":"PrefixDelegation",)"
+          R"("ipv6prefix6":"2001:db8:8::"})"},
+         {"set internet config ok"}},
+        {internet(R"("RouterMode":1,"SubMode":1,"IPMode":3,"PrefixSrc":2,"Prefix1Len":60)"),
+         {R"(waninfo {"networktype":"STATIC","ipv6type":"Static","ipv6prefixOrigin":"Static","ipv6prefixlen6":60})"},
+         {"set ipv6 static way fail"},
+         -1},
+        {internet(R"("RouterMode":1,"SubMode":2,"MTU":1,"PPPoEUsername":"u","DNSEnable":false)"),
+         {R"(waninfo {"networktype":"PPPoE","pppoename":"u","pppoemtu":1,"pppoestaticdns":0,"dnsenable":0})"},
+         {"set ppoe way fail"},
+         -1},
+        {internet(R"("RouterMode":2,"RadioType":2,"ESSID":"Up")"), nothing, {"set internet config fail"}, -1},
+        {internet(R"("RouterMode":2,"RadioType":1,"ESSID":"Up","PassWord":"12345678","authmode":77)"),
+         {R"(wifi.2.apclient {"enable":1,"ssid":"Up","key":"12345678"})"},
+         {}},
+        {internet(R"("RouterMode":2,"RadioType":0)"),
+         {R"(wifi.1.apclient {"enable":1})"},
+         {"set relay way fail"},
+         -1},
+    };
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.document);
+        BackupRig rig;
+        EXPECT_EQ(rig.restore(row.document), row.result);
+        EXPECT_EQ(rig.writes(), row.writes);
+        for (const std::string &line : row.lines)
+            EXPECT_TRUE(has_logged(line)) << line;
+    }
+    EXPECT_EQ(backup_relay_radio, 0);
+}
+
+TEST(Restore, GoesOnAfterAStepThatFailsAndKeepsItsPauses) {
+    const std::string document =
+        R"({"WiFiCfg":{"wifi_cfg_24G":{"ESSID":"A","BeaconType":0},"wifi_cfg_5G":{"Channel":36}},)"
+        R"("IPTVCfg":{"cfg_list":[{"VlanID":5}]},"MESHCfg":{"Enable":1},)"
+        R"("UserPwdCfg":{"Password":"secret"},"InternetCfg":{"RouterMode":0}})";
+    const Texts steps = {"wifi", "iptv", "mesh", "web", "internet"};
+    const std::tuple<std::string, Texts, Texts> cases[] = {
+        // the object that refuses, lines, steps that fail
+        {"none", {}, {}},
+        {"vrop.webwifisimple", {"set wifi fail"}, {"wifi"}},
+        {"vrop.webwifi1adv", {"set 2.4G senior config fail"}, {"wifi"}},
+        {"vrop.webwifi?adv", {"set 2.4G senior config fail", "set 5G senior config fail"}, {"wifi"}},
+        {"vrop.iptv", {"set iptv vlanId:5  ethport: buf:fail"}, {"iptv"}},
+        {"vrop.mesh", {"start mesh fail"}, {"mesh"}},
+        {"vrop.devinfo", {"get ftinfo obj fail"}, {"web"}},
+        {"vrop.waninfo", {"set bridge way fail", "set backup config fail"}, {"internet"}},
+        {"*", {"set wifi fail", "set bridge way fail"}, steps},
+    };
+    BackupRig rig;
+    for (const auto &[object, lines, failing] : cases) {
+        SCOPED_TRACE(object);
+        rig.router.clear_faults();
+        rig.router.add_fault({.kind = router::Fault::Kind::Status, .object = object, .value = 6});
+        moving_clock::clear_pauses();
+        const bool internet_fails = !failing.empty() && failing.back() == "internet";
+        EXPECT_EQ(rig.restore(document), internet_fails ? -1 : 0);
+        EXPECT_EQ(moving_clock::pauses(), (std::vector<moving_clock::Millis>{5000, 5000}));
+        const Texts said = log_messages();
+        size_t at = 0;
+        for (const std::string &step : steps) { // each said once, in order
+            const bool fails = std::find(failing.begin(), failing.end(), step) != failing.end();
+            const std::string line =
+                "set " + step + (step == "web" ? " passwd " : " config ") + (fails ? "fail" : "ok");
+            const auto found = std::find(said.begin() + static_cast<long>(at), said.end(), line);
+            EXPECT_NE(found, said.end()) << line;
+            at = static_cast<size_t>(found - said.begin());
+        }
+        for (const std::string &line : lines)
+            EXPECT_TRUE(has_logged(line)) << line;
+        // a network's security belongs to a name that was not taken
+        EXPECT_EQ(rig.router.calls("vrop.webwifi?adv", "set").empty(),
+                  object == "vrop.webwifisimple" || object == "*");
+    }
+}
+
+TEST(Restore, ReadsOneWholeDocumentOrNothing) {
+    BackupRig rig;
+    const std::string filler(2048, ' ');
+    for (const auto &[text, line] :
+         {std::pair<std::string, std::string>{"", "file have not data"},
+          {"{", "cJSON Parse fail"},
+          {"[]", "cJSON Parse fail"},
+          {"null", "cJSON Parse fail"},
+          {std::string(5000, '['), "cJSON Parse fail"},
+          {R"({"InternetCfg":)" + filler + R"({"RouterMode":0}})", "cJSON Parse fail"}}) {
+        EXPECT_EQ(rig.restore(text), -1);
+        EXPECT_THAT(
+            log_messages(),
+            ElementsAreArray(
+                {std::string("------------->start enter tunningBackupCfg set<--------------"), line}));
+        EXPECT_TRUE(rig.router.calls().empty());
+    }
+    EXPECT_EQ(rig.restore(R"({"InternetCfg":{"RouterMode":0}})" + filler), 0);
+    fs::remove(BACKUP_FILE);
+    for (bool fifo : {false, true}) {
+        EXPECT_EQ(fifo ? mkfifo(BACKUP_FILE, 0600) : 0, 0);
+        clear_main_log();
+        EXPECT_EQ(tunningBackupCfg_set(), -1);
+        EXPECT_TRUE(has_logged("open file fail"));
+    }
+}
+
+TEST(Restore, RestoresAtOnceTakeTurnsAndOutliveABusRestart) {
+    BackupRig rig;
+    const std::string document =
+        R"({"WiFiCfg":{"wifi_cfg_24G":{"ESSID":"Restored"}},"MESHCfg":{"Enable":0},"InternetCfg":{"RouterMode":0}})";
+    moving_clock::on_pause([&](moving_clock::Millis) { rig.router.restart(true); });
+    std::ofstream(BACKUP_FILE) << document;
+    clear_main_log();
+    std::thread second(tunningBackupCfg_set);
+    EXPECT_EQ(tunningBackupCfg_set(), 0);
+    second.join();
+    moving_clock::on_pause({});
+    Texts said = log_messages();
+    std::erase_if(said, [](const std::string &line) {
+        return !line.ends_with("ok") && line.find("start") == line.npos;
+    });
+    const Texts one = {"------------->start enter tunningBackupCfg set<--------------", "set wifi config ok",
+                       "set mesh config ok", "set internet config ok"};
+    EXPECT_EQ(Texts(said.begin(), said.begin() + 4), one);
+    EXPECT_EQ(Texts(said.begin() + 4, said.end()), one);
+    EXPECT_EQ(rig.router.value("/vrop.webwifisimple/wifi24ssid"), "\"Restored\"");
+}
+
+} // namespace

@@ -19,8 +19,10 @@ add_compile_options(-Wall -Wextra -Wformat=2 -Wshadow -Wconversion -Wno-missing-
                     $<$<COMPILE_LANGUAGE:CXX>:-Wno-sign-conversion>)
 add_compile_definitions(_GNU_SOURCE)
 if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
-  add_compile_options(-ffunction-sections -fdata-sections)
-  add_link_options(-Wl,--gc-sections)
+  # Nothing is thrown, so nothing is unwound.
+  add_compile_options(-ffunction-sections -fdata-sections
+                      $<$<COMPILE_LANGUAGE:CXX>:-fno-asynchronous-unwind-tables>)
+  add_link_options(-Wl,--gc-sections -Wl,-z,max-page-size=${QVTK_PAGE_SIZE})
   # What an attacker finds hard to use, at the cost that docs/porting.md tells. Fortifying is the C library's to do.
   include(CheckPIESupported)
   check_pie_supported()

@@ -5,9 +5,12 @@
 #include <sys/stat.h>
 
 #include "core/files.h"
+#include "core/program.h"
 #include "helper.h"
 
 namespace {
+
+constexpr char USAGE[] = "common_put_file FILE (PUT to the address in /tmp/url.txt)";
 
 bool put_file(const char *path) {
     std::string address;
@@ -30,7 +33,8 @@ bool put_file(const char *path) {
 } // namespace
 
 int main(int argc, char **argv) {
+    if (told_about_program(argc, argv, "common_put_file", USAGE)) return EXIT_SUCCESS;
     start_helper("common_put_file");
-    if (argc != 2) return wrong_usage("common_put_file FILE (PUT to the address in /tmp/url.txt)");
+    if (argc != 2) return wrong_usage(USAGE);
     return put_file(argv[1]) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -5,6 +5,7 @@
 
 #include "core/files.h"
 #include "core/json_path.h"
+#include "core/program.h"
 #include "core/text.h"
 #include "devices/runtime_report.h"
 #include "helper.h"
@@ -13,6 +14,9 @@
 #include "upgrade/upgrade_report.h"
 
 namespace {
+
+constexpr char USAGE[] = "post_data MODE (0: report client runtimes, 1: fetch time-control settings, "
+                         "2: fetch the address in /tmp/url.txt, 3: report an upgrade)";
 
 constexpr char SETTINGS_FILE[] = "/aptmp/time_settings.json";
 constexpr char CONFIGURATION_FILE[] = "/tmp/backup.config";
@@ -91,10 +95,9 @@ const Mode *find_mode(const char *text) {
 } // namespace
 
 int main(int argc, char **argv) {
+    if (told_about_program(argc, argv, "post_data", USAGE)) return EXIT_SUCCESS;
     start_helper("post_data");
     const Mode *mode = argc == 2 ? find_mode(argv[1]) : nullptr;
-    if (!mode)
-        return wrong_usage("post_data MODE (0: report client runtimes, 1: fetch time-control settings, "
-                           "2: fetch the address in /tmp/url.txt, 3: report an upgrade)");
+    if (!mode) return wrong_usage(USAGE);
     return mode->run() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

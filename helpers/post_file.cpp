@@ -5,11 +5,14 @@
 #include <sys/stat.h>
 
 #include "core/files.h"
+#include "core/program.h"
 #include "core/text.h"
 #include "helper.h"
 #include "https/helper_requests.h"
 
 namespace {
+
+constexpr char USAGE[] = "post_file (uploads the newest /tmp/*_*_*.config)";
 
 constexpr char BACKUP_PATTERN[] = "/tmp/*_*_*.config";
 constexpr size_t BACKUP_LIMIT = 1024 * 1024; // bytes
@@ -85,8 +88,9 @@ bool post_backup() {
 
 } // namespace
 
-int main(int argc, char **) {
+int main(int argc, char **argv) {
+    if (told_about_program(argc, argv, "post_file", USAGE)) return EXIT_SUCCESS;
     start_helper("post_file");
-    if (argc != 1) return wrong_usage("post_file (uploads the newest /tmp/*_*_*.config)");
+    if (argc != 1) return wrong_usage(USAGE);
     return post_backup() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -10,6 +10,7 @@
 #include "core/clock.h"
 #include "core/global_config.h"
 #include "core/log.h"
+#include "core/program.h"
 #include "core/registration.h"
 #include "core/signals.h"
 #include "core/storage_file.h"
@@ -116,7 +117,9 @@ int run() {
 
 } // namespace
 
-int main() {
+int main(int argc, char **argv) {
+    if (told_about_program(argc, argv, "qvtkd", "qvtkd (runs until SIGTERM; its settings are on the bus)"))
+        return 0;
 #ifdef M_ARENA_MAX
     mallopt(M_ARENA_MAX, 1); // each thread's own would keep what its busiest moment took
 #endif

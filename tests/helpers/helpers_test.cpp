@@ -52,6 +52,15 @@ TEST_F(Helpers, WrongUsage) {
     EXPECT_TRUE(cloud.requests().empty());
 }
 
+TEST(AboutPrograms, AreToldWithoutBusOrServer) {
+    for (const std::string name : {"post_data", "common_put_file", "post_file"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(system((name + " --version >/tmp/version && " + name + " --help >/tmp/help").c_str()), 0);
+        EXPECT_EQ(text_of("/tmp/version"), name + " " QVTK_VERSION "\n");
+        EXPECT_THAT(text_of("/tmp/help"), MatchesRegex("usage: " + name + ".*\n"));
+    }
+}
+
 TEST_F(Helpers, PostedRequestsAreSignedJson) {
     std::vector<std::string> seen;
     for (const char *command : {"post_data 0", "/usr/bin/post_data 1", "post_data 3"})

@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: Apache-2.0
-# install_test.sh BUILD: what the install puts where, and what the daemon needs of the system.
+# install_test.sh BUILD VERSION: what the install puts where, and what the daemon needs of the system.
 set -euo pipefail
-build=$1
+build=$1 version=$2
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 fail() { echo "install: $*" >&2; exit 1; }
@@ -12,6 +12,9 @@ for program in qvtkd post_data common_put_file post_file; do
     [ -x "$root/usr/bin/$program" ] || fail "usr/bin/$program is missing"
 done
 [ -f "$root/usr/lib/libtebra_sdk.so" ] || fail "usr/lib/libtebra_sdk.so is missing"
+
+said=$(LD_LIBRARY_PATH=$root/usr/lib "$root/usr/bin/qvtkd" --version)
+[ "$said" = "qvtkd $version" ] || fail "qvtkd --version says $said"
 
 dynamic=$(readelf -d "$root/usr/bin/qvtkd")
 ! grep -qE 'RPATH|RUNPATH' <<<"$dynamic" || fail "qvtkd has a run path"

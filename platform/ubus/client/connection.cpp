@@ -2,6 +2,7 @@
 #include "connection.h"
 
 #include <poll.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 

@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: Apache-2.0
+# The programs have been built and installed into PKG_INSTALL_DIR.

@@ -33,13 +33,10 @@ int32_t disconnect_seconds(int32_t code) {
 
 } // namespace
 
-int get_devName(const char *mac, char *name, size_t size) {
+int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
     copy_text(name, size, "");
     if (is_missing(mac, name)) return -1;
-    BusMessage message;
-    message.text("mac", mac);
-    JsonRoot root;
-    json_object *station = get_param_dev_info(STATION, "getbymac", message, &root);
+    json_object *station = replies.of_device(STATION, mac);
     if (station == nullptr) return -1;
     const char *given = _json_get_str(station, "devname");
     copy_text(name, size, given[0] != '\0' ? given : _json_get_str(station, "hostname"));
@@ -59,8 +56,8 @@ int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
     if (is_missing(mac, mac)) return -1;
     BusMessage message;
     message.integer("limitrateswitch", limit.open);
-    if (limit.downSpeed != 0) message.integer("dsbandwidth", limit.downSpeed);
-    if (limit.upSpeed != 0) message.integer("usbandwidth", limit.upSpeed);
+    if (limit.downSpeed != 0 && limit.downSpeed != -1) message.integer("dsbandwidth", limit.downSpeed);
+    if (limit.upSpeed != 0 && limit.upSpeed != -1) message.integer("usbandwidth", limit.upSpeed);
     message.text("mac", mac);
     const int result = set_dev_info(STATION, "set", message);
     if (result != 0) LOG("set limit speed fail");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The MAC filter.
+// The MAC filter: a block list, or an allow list.
 #include <algorithm>
 
 #include "sim/router/world.h"
@@ -19,17 +19,23 @@ constexpr Field ADD[] = {
     LIST, TYPE, required(flag("enable")), integer("protocol", 0, 2), required(mac("mac")), PLATFORM};
 constexpr Field DELETE[] = {TYPE, required(integer("index", 0, 0x7fffffff)), PLATFORM};
 
-JsonRoot add_entry(World &world, const Request &request) {
-    json_object *entries = world.state.at(ENTRIES);
-    if (length_of(entries) >= ENTRY_LIMIT) throw Refused("vrop.firewall.filter list is full");
-    if (index_of_mac(entries, text_of(request.arguments, "mac")) >= 0) throw Refused("mac exists");
+int free_index(json_object *entries) {
     int highest = -1;
     for (std::size_t i = 0; i < length_of(entries); i++)
         highest = std::max(highest, integer_of(element(entries, i), "index"));
+    return highest + 1;
+}
+
+// A MAC that is in the list, switched on or not, keeps its index and takes the new settings.
+JsonRoot add_entry(World &world, const Request &request) {
+    json_object *entries = world.state.at(ENTRIES);
+    const int known = index_of_mac(entries, text_of(request.arguments, "mac"));
+    if (known < 0 && length_of(entries) >= ENTRY_LIMIT) throw Refused("vrop.firewall.filter list is full");
+    const auto at = known < 0 ? length_of(entries) : static_cast<std::size_t>(known);
     JsonRoot entry = copy_json(request.arguments);
     put(entry.get(), "mac", spell_mac(text_of(request.arguments, "mac")));
-    put(entry.get(), "index", highest + 1);
-    json_object_array_add(entries, entry.release());
+    put(entry.get(), "index", known < 0 ? free_index(entries) : integer_of(element(entries, at), "index"));
+    json_object_array_put_idx(entries, at, entry.release());
     return result();
 }
 
@@ -50,7 +56,7 @@ JsonRoot set_switch(World &world, const Request &request) {
 constexpr Method ROWS[] = {
     {"vrop.firewall.filter", "get", {}, show, "MAC filter: switch and macfilterLists"},
     {"vrop.firewall.filter", "filterSet", SET, set_switch, "switch it, as block list or as allow list"},
-    {"vrop.firewall.filter", "filterAdd", ADD, add_entry, "the daemon gives the entry its index"},
+    {"vrop.firewall.filter", "filterAdd", ADD, add_entry, "the daemon gives a new entry its index"},
     {"vrop.firewall.filter", "filterDelete", DELETE, delete_entry, "delete the entry of that index"},
 };
 
@@ -58,6 +64,14 @@ constexpr Method ROWS[] = {
 
 Methods filter_methods() {
     return ROWS;
+}
+
+bool is_filtered(const World &world, const std::string &mac) {
+    if (world.state.integer(SWITCH) == 0) return false;
+    json_object *entries = world.state.find(ENTRIES);
+    const int at = index_of_mac(entries, mac);
+    const bool listed = at >= 0 && integer_of(element(entries, static_cast<std::size_t>(at)), "enable", 1);
+    return listed == (world.state.text("/vrop.firewall.filter/filterOp") != "white");
 }
 
 } // namespace router

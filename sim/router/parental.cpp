@@ -113,6 +113,11 @@ Methods parental_methods() {
     return ROWS;
 }
 
+bool is_disconnected(const World &world, const std::string &mac) {
+    const std::string place = place_of_device(world, mac);
+    return !place.empty() && world.state.integer(place + "/disconnect") > 0;
+}
+
 void elapse_disconnections(World &world, int seconds) {
     json_object *devices = world.state.find(DEVICES);
     for (std::size_t i = 0; i < length_of(devices); i++) {

@@ -275,8 +275,8 @@ void Router::cable(bool in) {
     body->locked([&] { set_cable(body->world, in); });
 }
 
-void Router::station(const std::string &mac, const std::string &radio) {
-    body->locked([&] { set_station(body->world, mac, radio); });
+void Router::station(const std::string &mac, const std::string &radio, int count) {
+    body->locked([&] { set_stations(body->world, mac, radio, count); });
 }
 
 void Router::elapse(int seconds) {

@@ -101,11 +101,12 @@ class Router {
 
     // Changes of the world. A station comes to, or moves to, radio "2.4G", "5G", "mesh" or "0" (cable), and
     // goes with
-    // "". A MAC that the router does not know yet is given a name and an address.
+    // "". A MAC that the router does not know yet is given a name and an address. One that is kept out by
+    // filter or disconnection cannot come. With a count, so many MACs in a row.
     void wan(bool up);
     void cable(bool in);
-    void station(const std::string &mac, const std::string &radio);
-    // Time goes by: uptimes rise, guest access and disconnections run out.
+    void station(const std::string &mac, const std::string &radio, int count = 1);
+    // Time goes by: uptimes rise, guest access and disconnections run out, scheduled tasks are carried out.
     void elapse(int seconds);
     // Let time go by itself; a router stands still until it is told to run.
     void run_clock(bool on);

@@ -12,7 +12,8 @@ constexpr Field FAULT[] = {required(text("kind", 1, LONG)), text("object", 1, 25
 constexpr Field RESTART[] = {flag("bus")};
 constexpr Field WAN[] = {required(choice("status", "up|down"))};
 constexpr Field CABLE[] = {required(choice("status", "in|out"))};
-constexpr Field STATION[] = {required(mac("mac")), required(choice("radio", "2.4G|5G|mesh|0|away"))};
+constexpr Field STATION[] = {required(mac("mac")), required(choice("radio", "2.4G|5G|mesh|0|away")),
+                             integer("count", 1, 1000)};
 constexpr Field ELAPSE[] = {required(integer("seconds", 0, 0x7ffffff))};
 constexpr Field POINTER[] = {text("pointer", 0, 1023)};
 constexpr Field SET_STATE[] = {required(text("pointer", 1, 1023)), required(text("value", 1, LONG))};
@@ -72,7 +73,8 @@ JsonRoot change_cable(World &world, const Request &request) {
 
 JsonRoot change_station(World &world, const Request &request) {
     const std::string radio = text_of(request.arguments, "radio");
-    set_station(world, text_of(request.arguments, "mac"), radio == "away" ? "" : radio);
+    set_stations(world, text_of(request.arguments, "mac"), radio == "away" ? "" : radio,
+                 integer_of(request.arguments, "count", 1));
     return result();
 }
 
@@ -125,7 +127,8 @@ constexpr Method ROWS[] = {
     {"sim", "restart", RESTART, restart, "the daemon restarts with new object ids; bus 1: the bus as well"},
     {"sim", "wan", WAN, change_wan, "the Internet connection goes down or comes up"},
     {"sim", "cable", CABLE, change_cable, "the WAN cable is pulled or plugged in"},
-    {"sim", "station", STATION, change_station, "a station comes, moves to another radio, or goes away"},
+    {"sim", "station", STATION, change_station,
+     "a station comes, moves to another radio, or goes away; count: so many MACs in a row"},
     {"sim", "elapse", ELAPSE, let_time_pass, "that many seconds pass at once"},
     {"sim", "state", POINTER, show_state, "the whole state, or {\"value\": what is at the JSON pointer}"},
     {"sim", "setstate", SET_STATE, set_state,

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The client devices: names, rates, and their coming and going.
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+
 #include "sim/router/world.h"
 
 namespace router {
@@ -19,12 +24,39 @@ std::string place_of_station(const World &world, const std::string &mac) {
     return at < 0 ? "" : std::string(STATIONS) + "/" + std::to_string(at);
 }
 
+void bound_rate(json_object *station, const char *rate, const char *limit) {
+    const double bound = integer_of(station, limit) / 1000.0; // Mbit/s
+    if (bound <= 0 || atof(text_of(station, rate).c_str()) <= bound) return;
+    char text[32];
+    snprintf(text, sizeof text, "%.2f", bound);
+    put(station, rate, std::string(text));
+}
+
+// Rates as the router measures them: none while a station is away, and none above its limits.
+void show_rates(json_object *station) {
+    if (member(station, "active") && !integer_of(station, "active"))
+        for (const char *rate : {"rxrate", "txrate"})
+            put(station, rate, std::string("0.00"));
+    if (!integer_of(station, "limitrateswitch")) return;
+    bound_rate(station, "rxrate", "dsbandwidth");
+    bound_rate(station, "txrate", "usbandwidth");
+}
+
+JsonRoot list_stations(World &world, const Request &request) {
+    JsonRoot stations = world.state.view(STATIONS);
+    for (std::size_t i = 0; i < length_of(stations.get()); i++)
+        show_rates(element(stations.get(), i));
+    return named_reply(request, std::move(stations));
+}
+
 JsonRoot get_station(World &world, const Request &request) {
     const std::string place = place_of_station(world, text_of(request.arguments, "mac"));
     if (place.empty()) return unknown_reply();
     JsonRoot reply = new_object();
+    JsonRoot station = world.state.view(place);
+    show_rates(station.get());
     put(reply.get(), "result", 0);
-    put(reply.get(), request.row.object, world.state.view(place));
+    put(reply.get(), request.row.object, std::move(station));
     return reply;
 }
 
@@ -62,8 +94,8 @@ constexpr Method ROWS[] = {
     {"vrop.laninfo",
      "list",
      {},
-     show,
-     "client devices; radio 2.4G, 5G, mesh or 0 (cable); uptime in seconds"},
+     list_stations,
+     "client devices; radio 2.4G, 5G, mesh or 0 (cable); uptime in seconds; rates in Mbit/s"},
     {"vrop.laninfo.sta", "getbymac", BY_MAC, get_station, "one client device", STATIONS},
     {"vrop.laninfo.sta", "set", SETTINGS, set_station_settings, "name it, limit its rates (kbit/s)",
      STATIONS},
@@ -75,7 +107,18 @@ Methods station_methods() {
     return ROWS;
 }
 
+void set_stations(World &world, const std::string &mac, const std::string &radio, int count) {
+    const uint64_t first = strtoull(spell_mac(mac).c_str(), nullptr, 16);
+    for (int i = 0; i < count; i++) {
+        char text[32];
+        snprintf(text, sizeof text, "%012" PRIx64, (first + static_cast<unsigned>(i)) & 0xffffffffffff);
+        set_station(world, text, radio);
+    }
+}
+
 void set_station(World &world, const std::string &mac, const std::string &radio) {
+    if (!radio.empty() && is_kept_out(world, mac)) throw Refused("station " + mac + " is kept out");
+    forget_kept_out(world, mac);
     if (place_of_station(world, mac).empty()) {
         if (radio.empty()) throw Refused("station " + mac + " not found");
         add_station(world, mac);

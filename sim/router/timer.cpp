@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The timer service: tasks that the daemon would carry out at a time of day. They are kept, not carried out.
+// The timer service: tasks that the daemon carries out at a time of day.
 #include <algorithm>
+#include <optional>
 
 #include "sim/router/world.h"
 
@@ -66,6 +67,42 @@ JsonRoot delete_task(World &world, const Request &request) {
     return result();
 }
 
+constexpr int DAY = 86400;
+
+// The last moment in (from, to] at which something is due `offset` seconds after the beginning of one of the
+// week's days; the offset may lie in the day after.
+std::optional<int> last_due(int week, int offset, int from, int to) {
+    for (int day = to / DAY; day >= from / DAY - 1; day--) {
+        const int moment = day * DAY + offset;
+        if (moment <= from) break;
+        if (moment <= to && (week >> wall_time(day * DAY).weekday & 1)) return moment;
+    }
+    return std::nullopt;
+}
+
+// What a task that lasts does when it begins, and when it is over.
+void switch_off(World &world, const std::string &action, bool off) {
+    if (action == "ToLedMode") world.state.set("/vrop.ledswitch/status", std::string(off ? "off" : "on"));
+    if (action != "ToWifi") return;
+    for (const char *place :
+         {"/vrop.wifi.1.ap/0/enable", "/vrop.wifi.2.ap/0/enable", "/vrop.webwifisimple/wifiswitch"})
+        world.state.set(place, off ? 0 : 1);
+}
+
+void carry_out(World &world, json_object *task, int from, int to) {
+    const std::string action = text_of(task, "action");
+    const int week = integer_of(task, "week"), start = integer_of(task, "timeoffset");
+    const std::optional<int> begins = last_due(week, start, from, to);
+    if (action == "ToReboot") {
+        if (begins) world.restart_router(world.state.integer("/sim/restartdelay"));
+        return;
+    }
+    int end = integer_of(task, "timeoffset2");
+    if (end <= start) end += DAY;
+    const std::optional<int> ends = last_due(week, end, from, to);
+    if (begins || ends) switch_off(world, action, begins > ends); // none is less than any
+}
+
 constexpr Method ROWS[] = {
     {"vrop.timer",
      "list",
@@ -81,6 +118,12 @@ constexpr Method ROWS[] = {
 
 Methods timer_methods() {
     return ROWS;
+}
+
+void carry_out_tasks(World &world, int from, int to) {
+    json_object *tasks = world.state.find(TASKS);
+    for (std::size_t i = 0; i < length_of(tasks); i++)
+        if (integer_of(element(tasks, i), "enable")) carry_out(world, element(tasks, i), from, to);
 }
 
 } // namespace router

@@ -2,6 +2,7 @@
 #include "sim/router/world.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace router {
 namespace {
@@ -42,7 +43,9 @@ const Method *World::find(const std::string &object, const std::string &method) 
 JsonRoot World::call(const Method &row, json_object *arguments) {
     try {
         check_arguments(row.fields, arguments);
-        return row.handler(*this, {row, arguments});
+        JsonRoot reply = row.handler(*this, {row, arguments});
+        if (!std::string_view(row.name).starts_with("get")) enforce_access(*this);
+        return reply;
     } catch (const Refused &refused) {
         return refusal(refused.what());
     }
@@ -58,6 +61,8 @@ void World::elapse(int seconds) {
     elapse_stations(*this, seconds);
     elapse_guests(*this, seconds);
     elapse_disconnections(*this, seconds);
+    elapse_clock(*this, seconds);
+    enforce_access(*this);
 }
 
 void World::restart_router(int delay_millis) {

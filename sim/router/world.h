@@ -117,7 +117,17 @@ Methods firmware_methods();
 Methods hardware_methods();
 Methods simulation_methods();
 
+// What the router's clock says.
+struct WallTime {
+    int weekday; // 0 is Sunday
+    int second;  // of the day
+};
+WallTime wall_time(const World &world);
+WallTime wall_time(int seconds); // since the epoch
+
 // What time does to a subject.
+void elapse_clock(World &world, int seconds);
+void carry_out_tasks(World &world, int from, int to); // those due after `from`, up to `to`
 void elapse_guests(World &world, int seconds);
 void elapse_stations(World &world, int seconds);
 void elapse_disconnections(World &world, int seconds);
@@ -130,5 +140,15 @@ void rename_network(World &world, const std::string &radio, const std::string &s
 void set_wan(World &world, bool up);
 void set_cable(World &world, bool in);
 void set_station(World &world, const std::string &mac, const std::string &radio);
+// The same of `count` stations whose MACs follow one another.
+void set_stations(World &world, const std::string &mac, const std::string &radio, int count);
+
+// Who is let into the networks: the reasons not to, and what follows from them. World sees to it after every
+// call and whenever time goes by.
+bool is_filtered(const World &world, const std::string &mac);
+bool is_disconnected(const World &world, const std::string &mac);
+bool is_kept_out(const World &world, const std::string &mac);
+void enforce_access(World &world);
+void forget_kept_out(World &world, const std::string &mac); // it went by itself, and does not come back so
 
 } // namespace router

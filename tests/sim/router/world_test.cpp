@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "sim/router/bus_caller.h"
+#include "sim/router/json.h"
 
 namespace {
 
@@ -35,6 +36,74 @@ TEST(World, ChangesByWhatHappensAndByTime) {
     };
     router::Router router;
     play(router, steps);
+}
+
+// The home's clock starts on a Wednesday at 08:00.
+TEST(World, KeepsStationsOutUntilTheyAreReleased) {
+    const std::vector<Step> steps = {
+        {R"(vrop.firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":1,"mac":"02a0c9000003"})",
+         "/vrop.laninfo/2/active=1"},
+        {R"(vrop.firewall.filter filterSet {"switch":1,"filterOp":"black"})",
+         "/vrop.laninfo/2/active=0 /vrop.laninfo/2/uptime= /vrop.laninfo/3/active=1"},
+        // an entry that is there is changed, and keeps its index
+        {R"(vrop.firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":0,"mac":"02A0C9000003"})",
+         "/vrop.firewall.filter/macfilterLists/1/index=1 /vrop.firewall.filter/macfilterLists/2= "
+         R"(/vrop.laninfo/2/active=1 /vrop.laninfo/2/radio="5G" /vrop.laninfo/2/uptime=0)"},
+        {R"(vrop.firewall.filter filterSet {"switch":1,"filterOp":"white"})",
+         "/vrop.laninfo/2/active=0 /vrop.laninfo/3/active=0"},
+        {R"(sim station {"mac":"02a0c9000004","radio":"away"})"},
+        {R"(vrop.firewall.filter filterSet {"switch":0,"filterOp":"black"})",
+         "/vrop.laninfo/2/active=1 /vrop.laninfo/3/active=0"},
+        {R"(vrop.parent.control setdev {"mac":"02a0c9000005","disconnect":1,"disconnecttime":600})",
+         "/vrop.laninfo/4/active=0"},
+        {R"(sim elapse {"seconds":599})", "/vrop.laninfo/4/active=0"},
+        {R"(sim elapse {"seconds":1})", "/vrop.laninfo/4/active=1"},
+        {R"(vrop.parent.control setdev {"mac":"02a0c9000005","disconnect":1,"disconnecttime":600})",
+         "/vrop.laninfo/4/active=0"},
+    };
+    router::Router router;
+    play(router, steps);
+    EXPECT_THAT(call(router, R"(sim station {"mac":"02a0c9000005","radio":"5G"})"),
+                testing::HasSubstr("is kept out"));
+    EXPECT_EQ(router.value("/vrop.laninfo/4/active"), "0");
+}
+
+TEST(World, CarriesOutScheduledTasks) {
+    const std::vector<Step> steps = {
+        // Monday to Friday 22:30 to 06:00, Saturdays at 12:00 for an hour
+        {R"(vrop.timer add {"action":"ToLedMode","timeoffset":81000,"timeoffset2":21600,"enable":1,"week":62})"},
+        {R"(vrop.timer add {"action":"ToWifi","timeoffset":43200,"timeoffset2":46800,"enable":1,"week":64})"},
+        {R"(sim elapse {"seconds":52199})", R"(/vrop.ledswitch/status="on")"},
+        {R"(sim elapse {"seconds":1})", R"(/vrop.ledswitch/status="off")"}, // Wednesday 22:30
+        {R"(sim elapse {"seconds":27000})", R"(/vrop.ledswitch/status="on")"},
+        {R"(sim elapse {"seconds":172800})", R"(/vrop.ledswitch/status="on")"}, // Saturday 06:00
+        {R"(sim elapse {"seconds":21600})", "/vrop.webwifisimple/wifiswitch=0 /vrop.wifi.2.ap/0/enable=0"},
+        {R"(sim elapse {"seconds":604800})",
+         "/vrop.webwifisimple/wifi24apenable=0"}, // a week later, on the hour
+        {R"(sim elapse {"seconds":3600})",
+         "/vrop.webwifisimple/wifi24apenable=1 /vrop.webwifisimple/wifiswitch=1"},
+        {R"(vrop.timer.modify set {"action":"ToReboot","taskid":1,"enable":1})"},
+        {R"(sim elapse {"seconds":86400})", "/vrop.homewebinfo/uptime=0"}, // Sundays and Saturdays at 04:00
+    };
+    router::Router router;
+    play(router, steps);
+}
+
+TEST(World, ShowsTheRatesOfItsStationsAndMakesMany) {
+    router::Router router;
+    const auto rates = [&](int at) {
+        const JsonRoot root = router::parse_json(call(router, "vrop.laninfo list"));
+        json_object *station =
+            router::element(router::member(root.get(), "vrop.laninfo"), static_cast<size_t>(at));
+        return router::text_of(station, "rxrate") + " " + router::text_of(station, "txrate");
+    };
+    EXPECT_EQ(rates(1), "25.00 0.30");
+    play(router, {{R"(vrop.laninfo.sta set {"mac":"02a0c9000002","limitrateswitch":1,"dsbandwidth":2048})"}});
+    EXPECT_EQ(rates(1), "2.05 0.30");
+    play(router, {{R"(sim station {"mac":"02a0c9000002","radio":"away"})"}});
+    EXPECT_EQ(rates(1), "0.00 0.00");
+    play(router, {{R"(sim station {"mac":"02a0c7ffffff","radio":"2.4G","count":300})",
+                   R"(/vrop.laninfo/10/mac="02a0c7ffffff" /vrop.laninfo/309/mac="02a0c800012a")"}});
 }
 
 TEST(World, RunsTheNewVersionAfterAnUpgradeAndTheOldStateAfterAReset) {

@@ -35,7 +35,7 @@ void send_away(World &world, json_object *station) {
 } // namespace
 
 bool is_kept_out(const World &world, const std::string &mac) {
-    return is_filtered(world, mac) || is_disconnected(world, mac);
+    return is_filtered(world, mac) || is_disconnected(world, mac) || is_out_of_hours(world, mac);
 }
 
 void enforce_access(World &world) {

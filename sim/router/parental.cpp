@@ -30,6 +30,13 @@ std::string place_of_device(const World &world, const std::string &mac) {
     return at < 0 ? "" : std::string(DEVICES) + "/" + std::to_string(at);
 }
 
+// The place of the device that the call is about; throws Refused when it is not under supervision.
+std::string supervised_place(const World &world, const Request &request) {
+    const std::string mac = text_of(request.arguments, "mac"), place = place_of_device(world, mac);
+    if (place.empty()) throw Refused("vrop.parent.control." + mac + " not found");
+    return place;
+}
+
 // The place of the device, put under supervision if it is not yet.
 std::string supervise(World &world, const Request &request) {
     const std::string mac = text_of(request.arguments, "mac");
@@ -75,7 +82,7 @@ JsonRoot add_device(World &world, const Request &request) {
 }
 
 JsonRoot set_device(World &world, const Request &request) {
-    const std::string place = supervise(world, request);
+    const std::string place = supervised_place(world, request);
     store_at(world, place, request);
     if (member(request.arguments, "disconnect")) {
         const bool on = world.state.integer(place + "/disconnect") > 0;
@@ -90,10 +97,7 @@ JsonRoot delete_devices(World &world, const Request &request) {
         world.state.set(DEVICES, JsonRoot(json_object_new_array()));
         return result();
     }
-    const std::string place = place_of_device(world, text_of(request.arguments, "mac"));
-    if (place.empty())
-        throw Refused("vrop.parent.control." + text_of(request.arguments, "mac") + " not found");
-    world.state.erase(place);
+    world.state.erase(supervised_place(world, request));
     return result();
 }
 
@@ -101,8 +105,7 @@ constexpr Method ROWS[] = {
     {"vrop.parent.control", "list", {}, list_devices, "supervised devices; online times as DDHHMMSS"},
     {"vrop.parent.control", "getbymac", BY_MAC, get_device, "switches and disconnection of one"},
     {"vrop.parent.control", "add", ADD, add_device, "supervise a device"},
-    {"vrop.parent.control", "setdev", SWITCHES, set_device,
-     "change one's switches; supervises it if need be"},
+    {"vrop.parent.control", "setdev", SWITCHES, set_device, "change the switches of a supervised device"},
     {"vrop.parent.control", "setenable", GLOBAL, store, "switch parental control as a whole"},
     {"vrop.parent.control", "delete", DELETE, delete_devices, "stop supervising one device, or all"},
 };
@@ -116,6 +119,13 @@ Methods parental_methods() {
 bool is_disconnected(const World &world, const std::string &mac) {
     const std::string place = place_of_device(world, mac);
     return !place.empty() && world.state.integer(place + "/disconnect") > 0;
+}
+
+bool is_out_of_hours(const World &world, const std::string &mac) {
+    const std::string place = place_of_device(world, mac);
+    return !place.empty() && world.state.integer("/vrop.parent.control/enable") &&
+           world.state.integer(place + "/funcenable") && world.state.integer(place + "/devtimeenable") &&
+           is_outside_windows(world, mac);
 }
 
 void elapse_disconnections(World &world, int seconds) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Parental control: the rules of each device, by address (or application) and by time.
 #include <algorithm>
+#include <cstdlib>
 
 #include "sim/router/world.h"
 
@@ -113,6 +114,22 @@ JsonRoot delete_time_rules(World &world, const Request &request) {
     return delete_rules(world, request, TIME_RULES, ALL_TIME_RULES);
 }
 
+// "HHMM" in seconds after midnight.
+int second_of(const std::string &time) {
+    const int number = atoi(time.c_str());
+    return number / 100 * 3600 + number % 100 * 60;
+}
+
+// A window that ends before it begins lasts into the next day.
+bool is_within(json_object *rule, const WallTime &now) {
+    const int start = second_of(text_of(rule, "timestart")), end = second_of(text_of(rule, "timeend"));
+    const std::string week = text_of(rule, "week");
+    const auto begins_on = [&week](int day) { return week.find(static_cast<char>('0' + day)) != week.npos; };
+    if (start <= end) return begins_on(now.weekday) && start <= now.second && now.second < end;
+    return (begins_on(now.weekday) && start <= now.second) ||
+           (begins_on((now.weekday + 6) % 7) && now.second < end);
+}
+
 constexpr Method ROWS[] = {
     {"vrop.parent.urlcontrol", "list", {}, show, "address and application rules by device"},
     {"vrop.parent.urlcontrol", "add", ADD_URL, add_url_rule, "the daemon gives the rule its index"},
@@ -130,6 +147,18 @@ constexpr Method ROWS[] = {
 
 Methods rule_methods() {
     return ROWS;
+}
+
+bool is_outside_windows(const World &world, const std::string &mac) {
+    json_object *entry = find_entry(world, TIME_RULES, mac), *rules = entry ? member(entry, "list") : nullptr;
+    const WallTime now = wall_time(world);
+    bool has_window = false;
+    for (std::size_t i = 0; i < length_of(rules); i++) {
+        if (!integer_of(element(rules, i), "enable")) continue;
+        if (is_within(element(rules, i), now)) return false;
+        has_window = true;
+    }
+    return has_window;
 }
 
 } // namespace router

@@ -154,6 +154,8 @@ void set_stations(World &world, const std::string &mac, const std::string &radio
 // call and whenever time goes by.
 bool is_filtered(const World &world, const std::string &mac);
 bool is_disconnected(const World &world, const std::string &mac);
+bool is_out_of_hours(const World &world, const std::string &mac); // supervised, and outside its time windows
+bool is_outside_windows(const World &world, const std::string &mac); // has time rules, and none of them fits
 bool is_kept_out(const World &world, const std::string &mac);
 void enforce_access(World &world);
 void forget_kept_out(World &world, const std::string &mac); // it went by itself, and does not come back so

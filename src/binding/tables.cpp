@@ -3,6 +3,7 @@
 
 #include "core/log.h"
 #include "devices/ap_devices.h"
+#include "devices/device_settings.h"
 #include "properties/device_info.h"
 #include "properties/device_status.h"
 #include "properties/hcdn.h"
@@ -37,7 +38,7 @@ const struct property_row property_map[17] = {
     {"networkInfo", networkInfo_init, networkInfo_set, networkInfo_get, nullptr, nullptr, nullptr},
     {"visitorsWifi", visitorWifi_init, visitorWifi_set, visitorWifi_get, nullptr, nullptr, nullptr},
     {"deviceStatus", deviceStatus_init, nullptr, deviceStatus_get, connectok_hook_deviceStatus, nullptr, nullptr},
-    {"apDevices", apDevices_init, nullptr, apDevices_get, nullptr, nullptr, nullptr},
+    {"apDevices", apDevices_init, apDevices_set, apDevices_get, nullptr, nullptr, nullptr},
     {"mesh", mesh_init, mesh_set, mesh_get, nullptr, nullptr, nullptr},
     {"meshTopology"},
     {"timeLed", timeLed_init, timeLed_set, timeLed_get, nullptr, nullptr, nullptr},

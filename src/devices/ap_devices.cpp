@@ -10,6 +10,7 @@
 #include "core/log.h"
 #include "core/report_gate.h"
 #include "devices/device_document.h"
+#include "devices/device_settings.h"
 #include "properties/property.h"
 #include "tebra_sdk.h"
 
@@ -59,7 +60,7 @@ const Property REPORT = {
 } // namespace
 
 int apDevices_init() {
-    return property_init(PROPERTY, nullptr);
+    return property_init(PROPERTY, clear_device_settings);
 }
 
 int apDevices_get(const char *context, char *output, int length) {

@@ -139,6 +139,7 @@ int parentcontrol_execute_thread(const char *mac, const char *name, int level) {
         return -1;
     }
     const std::string given_mac(mac), given_name(name);
+    parentcontrol_level = level;
     return levels().add({given_mac, level, [given_mac, given_name, level] {
                              parentcontrol_execute_proc(given_mac.c_str(), given_name.c_str(), level);
                          }});

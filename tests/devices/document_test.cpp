@@ -88,7 +88,7 @@ TEST_F(Document, ShowsWhatParentalControlHolds) {
         R"({"mac":"02a0c9000005","parentalEnable":true,"blackEnable":false,"parentFlag":1,)"
         R"("todayOnlineTime":5405,"yesterdayOnlineTime":8100,"weekOnlineTime":38700,"parentalTimeControl":[)"
         R"({"timeFrame":"08:30-21:05","daysOfWeek":[0,0,0,0,0,1,1],"open":true},)"
-        R"({"timeFrame":"15:00-19:30","daysOfWeek":[1,1,1,1,1,0,0],"open":true}],)"
+        R"({"timeFrame":"07:00-19:30","daysOfWeek":[1,1,1,1,1,0,0],"open":true}],)"
         R"("parentalWebControl":{"sites":["games.example.com"],"controlPolicy":0,)"
         R"("urls":[{"open":true,"url":"games.example.com"}]},)"
         R"("ParentalGameControl":{"urls":[{"open":true,"appname":"Blocks"}]},"ParentalPayControl":{"urls":[]},)"

@@ -17,7 +17,7 @@ timeReboot 111000
 networkInfo 111000
 visitorsWifi 111000
 deviceStatus 101100
-apDevices 101000
+apDevices 111000
 mesh 111000
 meshTopology 000000
 timeLed 111000

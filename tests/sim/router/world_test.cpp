@@ -70,6 +70,31 @@ TEST(World, KeepsStationsOutUntilTheyAreReleased) {
     EXPECT_EQ(router.value("/vrop.laninfo/4/active"), "0");
 }
 
+TEST(World, KeepsSupervisedStationsToTheirHours) {
+    const std::vector<Step> steps = {
+        // Wednesday 08:00; the tablet has 07:00-19:30 on weekdays, 08:30-21:05 at weekends
+        {R"(sim elapse {"seconds":41399})", "/vrop.laninfo/4/active=1"},
+        {R"(sim elapse {"seconds":1})", "/vrop.laninfo/4/active=0"},
+        {R"(vrop.parent.control setenable {"enable":0})", "/vrop.laninfo/4/active=1"},
+        {R"(vrop.parent.control setenable {"enable":1})", "/vrop.laninfo/4/active=0"},
+        {R"(vrop.parent.control setdev {"mac":"02a0c9000005","devtimeenable":0})",
+         "/vrop.laninfo/4/active=1"},
+        {R"(vrop.parent.control setdev {"mac":"02a0c9000005","devtimeenable":1})",
+         "/vrop.laninfo/4/active=0"},
+        // a window from Wednesday into Thursday
+        {R"(vrop.parent.timecontrol add {"enable":1,"timestart":"1900","timeend":"0100","mac":"02a0c9000005","week":"3"})",
+         "/vrop.laninfo/4/active=1"},
+        {R"(sim elapse {"seconds":19799})", "/vrop.laninfo/4/active=1"},
+        {R"(sim elapse {"seconds":1})", "/vrop.laninfo/4/active=0"},
+        {R"(vrop.parent.timecontrol delete {"index":-1111,"mac":"02a0c9000005"})",
+         "/vrop.laninfo/4/active=1"},
+        {R"(vrop.parent.timecontrol add {"enable":0,"timestart":"0700","timeend":"0800","mac":"02a0c9000005","week":"0"})",
+         "/vrop.laninfo/4/active=1"},
+    };
+    router::Router router;
+    play(router, steps);
+}
+
 TEST(World, CarriesOutScheduledTasks) {
     const std::vector<Step> steps = {
         // Monday to Friday 22:30 to 06:00, Saturdays at 12:00 for an hour

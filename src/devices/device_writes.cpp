@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "devices/device_writes.h"
+
+#include "core/bus.h"
+#include "core/clock.h"
+#include "core/json_path.h"
+#include "core/log.h"
+#include "core/text.h"
+
+namespace {
+
+constexpr char STATION[] = "vrop.laninfo.sta";
+
+bool is_missing(const char *mac, const void *other, LogSite site = LogSite::here()) {
+    if (mac != nullptr && mac[0] != '\0' && other != nullptr) return false;
+    LOG_AT(site, "param is NULL");
+    return true;
+}
+
+// Seconds that a disconnection of that code lasts; 0: no end.
+int32_t disconnect_seconds(int32_t code) {
+    switch (code) {
+    case 2:
+        return 600;
+    case 3:
+        return 1800;
+    case 4:
+        return 3600;
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
+int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
+    copy_text(name, size, "");
+    if (is_missing(mac, name)) return -1;
+    json_object *station = replies.of_device(STATION, mac);
+    if (station == nullptr) return -1;
+    const char *given = _json_get_str(station, "devname");
+    copy_text(name, size, given[0] != '\0' ? given : _json_get_str(station, "hostname"));
+    return 0;
+}
+
+int set_apDevice_name(const char *name, const char *mac) {
+    if (is_missing(mac, name)) return -1;
+    BusMessage message;
+    message.text("mac", mac).text("devname", name);
+    const int result = set_dev_info(STATION, "set", message);
+    if (result != 0) LOG("modify name fail");
+    return result;
+}
+
+int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
+    if (is_missing(mac, mac)) return -1;
+    BusMessage message;
+    message.integer("limitrateswitch", limit.open);
+    if (limit.downSpeed != 0 && limit.downSpeed != -1) message.integer("dsbandwidth", limit.downSpeed);
+    if (limit.upSpeed != 0 && limit.upSpeed != -1) message.integer("usbandwidth", limit.upSpeed);
+    message.text("mac", mac);
+    const int result = set_dev_info(STATION, "set", message);
+    if (result != 0) LOG("set limit speed fail");
+    return result;
+}
+
+int set_disconnectInfo(int32_t disconnect, const char *mac, const char *name) {
+    if (is_missing(mac, name)) return -1;
+    const int32_t since = disconnect != 0 ? static_cast<int32_t>(now_seconds()) : 0;
+    BusMessage message;
+    message.integer("disconnect", disconnect).integer("disconnecttime", disconnect_seconds(disconnect));
+    message.integer("disconnectsettime", since).text("mac", mac).text("hostname", name);
+    const int result = set_dev_info("vrop.parent.control", "setdev", message);
+    if (result == 0)
+        LOG("set disconnnect ok");
+    else
+        LOG("set disconnect fail");
+    return result;
+}

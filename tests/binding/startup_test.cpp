@@ -13,7 +13,7 @@
 #include "support/recording_sdk.h"
 #include "support/text_file.h"
 
-int agent_main(); // main, renamed
+int agent_main(int argc, char **argv); // main, renamed
 
 namespace {
 
@@ -39,7 +39,9 @@ void run_daemon() {
         waits << millis / 1000 << " " << std::flush;
         if (++count == DOWN_FOR) router.wan(true);
     });
-    agent_main();
+    char name[] = "qvtkd";
+    char *words[] = {name, nullptr};
+    agent_main(1, words);
 }
 
 TEST(StartUp, WaitsForTheNetworkAndTriesThePortTwentyTimes) {

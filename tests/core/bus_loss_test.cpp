@@ -122,7 +122,7 @@ TEST(BusInit, WaitsForADaemonThatComesLaterButNotForOneOfItsObjects) {
 // A broker that greets, at best, and then stays silent.
 TEST(BusLimit, EndsWhatTheLibraryWouldWaitForForEver) {
     ScriptedPeer peer([](const Wire &wire) { wire.drain(); });
-    Client client;
+    Client client(BUS_PATH);
     const int socket = client.context->sock.fd;
     uint32_t id = 0;
     {

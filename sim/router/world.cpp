@@ -20,10 +20,11 @@ JsonRoot refusal(const std::string &reason) {
 
 std::vector<Method> all_methods() {
     std::vector<Method> rows;
-    for (Methods subject : {identity_methods(), iptv_methods(), wifi_methods(), apclient_methods(),
-                            guest_methods(), wan_methods(), timer_methods(), station_methods(),
-                            filter_methods(), parental_methods(), rule_methods(), diagnosis_methods(),
-                            traffic_methods(), firmware_methods(), hardware_methods(), simulation_methods()})
+    for (Methods subject :
+         {identity_methods(), iptv_methods(), wifi_methods(), apclient_methods(), guest_methods(),
+          wan_methods(), timer_methods(), station_methods(), filter_methods(), parental_methods(),
+          rule_methods(), diagnosis_methods(), traffic_methods(), firmware_methods(), neighbour_methods(),
+          hardware_methods(), simulation_methods()})
         rows.insert(rows.end(), subject.begin(), subject.end());
     return rows;
 }

@@ -120,6 +120,7 @@ Methods rule_methods();
 Methods diagnosis_methods();
 Methods traffic_methods();
 Methods firmware_methods();
+Methods neighbour_methods();
 Methods hardware_methods();
 Methods simulation_methods();
 

@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "devices/ap_devices.h"
 #include "devices/device_settings.h"
+#include "devices/mesh_topology.h"
 #include "properties/device_info.h"
 #include "properties/device_status.h"
 #include "properties/hcdn.h"
@@ -17,13 +18,16 @@
 #include "properties/wifi_info.h"
 #include "properties/wifi_senior.h"
 #include "services/backup_services.h"
+#include "services/channels.h"
 #include "services/control.h"
 #include "services/diagnostics.h"
 #include "services/disks.h"
 #include "services/hardware.h"
+#include "services/neighbours.h"
 #include "services/ports.h"
 #include "services/radio_checks.h"
 #include "services/service.h"
+#include "services/station_quality.h"
 #include "services/throughput.h"
 
 // A row without operations is there to keep the order; whether the SDK passes its empty slots over is the
@@ -40,7 +44,7 @@ const struct property_row property_map[17] = {
     {"deviceStatus", deviceStatus_init, nullptr, deviceStatus_get, connectok_hook_deviceStatus, nullptr, nullptr},
     {"apDevices", apDevices_init, apDevices_set, apDevices_get, nullptr, nullptr, nullptr},
     {"mesh", mesh_init, mesh_set, mesh_get, nullptr, nullptr, nullptr},
-    {"meshTopology"},
+    {"meshTopology", meshTopology_init, nullptr, meshTopology_get, nullptr, nullptr, nullptr},
     {"timeLed", timeLed_init, timeLed_set, timeLed_get, nullptr, nullptr, nullptr},
     {"hcdn", hcdn_init, hcdn_set, hcdn_get, nullptr, nullptr, hcdn_report},
     {"ipv6Status", ipv6Status_init, ipv6Status_set, ipv6Status_get, nullptr, nullptr, nullptr},
@@ -69,7 +73,7 @@ int open_row_call(uint32_t handle, uint32_t id, void *, void *, const char *para
 
 const struct service_row service_map[30] = {
     // name, reserved, handler
-    {"tuningWifi", nullptr, open_row_call<0>},
+    {"tuningWifi", nullptr, tuningWifi_call},
     {"reboot", nullptr, reboot_call},
     {"recovery", nullptr, recovery_call},
     {"checkSignal", nullptr, checkSignal_call},
@@ -80,7 +84,7 @@ const struct service_row service_map[30] = {
     {"allApMonitorSpeed", nullptr, allApMonitorSpeed_call},
     {"tuningBackupCfg", nullptr, tuningBackupCfg_call},
     {"cfgReport", nullptr, cfgReport_call},
-    {"relayScan", nullptr, open_row_call<11>},
+    {"relayScan", nullptr, relayScan_call},
     {"maxMonitorSpeed", nullptr, maxMonitorSpeed_call},
     {"cutUsb", nullptr, cutUsb_call},
     {"diskCheck", nullptr, diskCheck_call},
@@ -88,9 +92,9 @@ const struct service_row service_map[30] = {
     {"connectCheck", nullptr, connectCheck_call},
     {"uploadLog", nullptr, open_row_call<17>},
     {"outdiskFormat", nullptr, open_row_call<18>},
-    {"channelQuality", nullptr, open_row_call<19>},
+    {"channelQuality", nullptr, channelQuality_call},
     {"portLinkSpeed", nullptr, portLinkSpeed_call},
-    {"rssiQualityCheck", nullptr, open_row_call<21>},
+    {"rssiQualityCheck", nullptr, rssiQualityCheck_call},
     {"networkCheck", nullptr, networkCheck_call},
     {"physicsInfo", nullptr, physics_info_call},
     {"pingTest", nullptr, ping_test_call},

@@ -177,6 +177,8 @@ TEST(FreshAgent, AnswersGetsWithoutADaemon) {
         R"({"deviceStatus":{"linkStatus":0,"networkStatus":0,"upSpeed":0,"downSpeed":0}})",
         R"({"apDevices":[]})",
         R"({"mesh":{"open":false}})",
+        R"({"meshTopology":{"enable":false,"role":0,"nodes":[{"mac":"","name":"","ip":"","role":0,"parent":"","link":"wired",)"
+        R"("rssi":0,"apDevices":[]}]}})",
         R"({"timeLed":[]})",
         R"({"hcdn":{"enable":true,"open":false,"samba":false,"inMemory":false,"outMemory":false,"usb":true,"path":"",)"
         R"("natType":0,"upnp":false,"registered":false}})",

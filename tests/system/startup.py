@@ -19,7 +19,7 @@ visitorsWifi 111000
 deviceStatus 101100
 apDevices 111000
 mesh 111000
-meshTopology 000000
+meshTopology 101000
 timeLed 111000
 hcdn 111001
 ipv6Status 111000

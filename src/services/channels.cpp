@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/channels.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "core/json_path.h"
+#include "core/report_gate.h"
+#include "properties/restart.h"
+#include "properties/wifi_senior.h"
+#include "services/channel_scores.h"
+#include "services/members.h"
+#include "services/service.h"
+
+namespace {
+
+constexpr int WORTH_A_MOVE = 10; // points
+constexpr char INTERFACE[] = "wifi";
+
+struct RadioChannels {
+    int radio; // as the cloud counts them
+    int current;
+    std::vector<ChannelScore> scores;
+};
+
+bool read_channels(int radio, RadioChannels *channels) {
+    channels->radio = radio;
+    return get_currentchannel(radio, &channels->current) == 0 &&
+           read_channel_scores(radio, &channels->scores);
+}
+
+// The document of the radios that are meant, an object for each; a failure when one of them cannot be read.
+ServiceAnswer for_each_radio(const ServiceRequest &request,
+                             json_object *(*describe)(const RadioChannels &, LogSite)) {
+    Radios radios = {};
+    if (!take_radios(request.json, &radios)) return answer_failed();
+    JsonRoot list(json_object_new_array());
+    for (int radio = radios.first; radio <= radios.last; radio++) {
+        RadioChannels channels = {};
+        if (!read_channels(radio, &channels)) {
+            LOG_AT(request.site, "radio:%d is not to be read", radio);
+            return answer_failed();
+        }
+        json_object_array_add(list.get(), describe(channels, request.site));
+    }
+    JsonRoot document(json_object_new_object());
+    JsonSetObj(document.get(), nullptr, "radios", list.release());
+    return answer_with(JsonPlainText(document.get()));
+}
+
+json_object *describe_quality(const RadioChannels &channels, LogSite) {
+    json_object *list = json_object_new_array();
+    for (const ChannelScore &each : channels.scores) {
+        json_object *entry = json_object_new_object();
+        JsonSetInt64(entry, nullptr, "channel", each.channel);
+        JsonSetInt64(entry, nullptr, "score", each.score);
+        json_object_array_add(list, entry);
+    }
+    json_object *radio = json_object_new_object();
+    JsonSetInt64(radio, nullptr, "radio", channels.radio);
+    JsonSetInt64(radio, nullptr, "current", channels.current);
+    JsonSetObj(radio, nullptr, "channels", list);
+    return radio;
+}
+
+ChannelScore score_of(const RadioChannels &channels, int channel) {
+    for (const ChannelScore &each : channels.scores)
+        if (each.channel == channel) return each;
+    return {channel, 0};
+}
+
+// The best of the channels, the first of equals.
+ChannelScore best_of(const RadioChannels &channels) {
+    const auto best = std::max_element(
+        channels.scores.begin(), channels.scores.end(),
+        [](const ChannelScore &one, const ChannelScore &other) { return one.score < other.score; });
+    return best == channels.scores.end() ? score_of(channels, channels.current) : *best;
+}
+
+bool move_to(int cloud_radio, int channel, LogSite site) {
+    WifiSenior settings = {};
+    const int radio = radio_of(cloud_radio);
+    if (wifi_senior_config_get(radio, &settings) != 0 || settings.mode[0] == '\0') return false;
+    announce_restart(INTERFACE);
+    settings.channel = channel;
+    const bool moved = wifi_senior_config_set(radio, &settings) == 0;
+    LOG_AT(site, "radio:%d channel:%d %s", cloud_radio, channel, moved ? "ok" : "fail");
+    return moved;
+}
+
+json_object *tune(const RadioChannels &channels, LogSite site) {
+    ChannelScore now = score_of(channels, channels.current);
+    const ChannelScore best = best_of(channels);
+    const bool worth_it =
+        best.channel > 0 && best.channel != now.channel && best.score - now.score >= WORTH_A_MOVE;
+    const bool changed = worth_it && move_to(channels.radio, best.channel, site);
+    if (changed) now = best;
+    json_object *radio = json_object_new_object();
+    JsonSetInt64(radio, nullptr, "radio", channels.radio);
+    JsonSetInt64(radio, nullptr, "from", channels.current);
+    JsonSetInt64(radio, nullptr, "to", now.channel);
+    JsonSetInt64(radio, nullptr, "score", now.score);
+    JsonSetBool(radio, nullptr, "changed", changed);
+    return radio;
+}
+
+ServiceAnswer tune_radios(const ServiceRequest &request) {
+    const ReportsHeld held;
+    return for_each_radio(request, tune);
+}
+
+constexpr Service CHANNEL_QUALITY = {.name = "channelQuality",
+                                     .entry = "channelQuality_call ...\n",
+                                     .parameters = Parameters::optional,
+                                     .answers_bad_parameters = true};
+constexpr Service TUNING_WIFI = {.name = "tuningWifi",
+                                 .entry = "tuningWifi_call ...\n",
+                                 .parameters = Parameters::optional,
+                                 .answers_bad_parameters = true};
+
+} // namespace
+
+int channelQuality_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    return serve(CHANNEL_QUALITY, {handle, id, parameters},
+                 [](const ServiceRequest &request) { return for_each_radio(request, describe_quality); });
+}
+
+int tuningWifi_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    return serve(TUNING_WIFI, {handle, id, parameters}, tune_radios);
+}

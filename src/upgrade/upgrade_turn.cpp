@@ -13,7 +13,7 @@ namespace {
 struct Acceptance {
     char version[128];
     char md5[33];
-    time_t time;
+    time_t time; // of the monotonic clock
 };
 
 std::mutex turn;                   // held by the upgrade under way
@@ -30,13 +30,12 @@ void UpgradeTurn::accepted(const char *version, const char *md5) {
     std::lock_guard lock(last_mutex);
     copy_text(last.version, version);
     copy_text(last.md5, md5);
-    last.time = now_seconds();
+    last.time = monotonic_seconds();
     acceptances++;
 }
 
 bool accepted_lately(const char *version, const char *md5) {
     std::lock_guard lock(last_mutex);
-    const time_t passed = now_seconds() - last.time; // below 0: the clock was set back
-    return passed >= 0 && passed < REPEAT_SECONDS && strcmp(last.version, version) == 0 &&
+    return monotonic_seconds() - last.time < REPEAT_SECONDS && strcmp(last.version, version) == 0 &&
            same_digest(last.md5, md5);
 }

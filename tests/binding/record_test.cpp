@@ -97,9 +97,14 @@ TEST(Tables, ReserveASlotAndEndWithAnEmptyRow) {
 TEST(Callbacks, UpgradeOffers) {
     RouterRig rig;
     EXPECT_EQ(dev_upgrade(), -1);
-    EXPECT_EQ(user_chk_reply("K", "D", nullptr, "M", "V", 0, nullptr), 0);
-    EXPECT_TRUE(has_logged("----------->user_chk_reply. product_key:K, device_name:D, upgrade_url:, md5:M, "
-                           "curversion:V, hasnew:0 strategy:"));
+    for (int has_new : {0, 1, 2, -1}) {
+        clear_main_log();
+        EXPECT_EQ(user_chk_reply("K", "D", nullptr, "M", "V", has_new, nullptr), 0);
+        EXPECT_TRUE(has_logged("----------->user_chk_reply. product_key:K, device_name:D, upgrade_url:, "
+                               "md5:M, curversion:V, hasnew:" +
+                               std::to_string(has_new) + " strategy:"));
+        EXPECT_EQ(has_logged("download firmware fail"), has_new != 0); // there is no address
+    }
     EXPECT_THAT(rig.router.calls(), testing::IsEmpty());
 }
 

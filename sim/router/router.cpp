@@ -121,7 +121,7 @@ void Router::Body::start(const std::string &path) {
         server.reset();
         throw;
     }
-    if (clock_runs) server->after(TICK_MILLIS, [this] { tick(); });
+    if (clock_runs) server->post([this] { server->after(TICK_MILLIS, [this] { tick(); }); });
     thread = std::thread([this] {
         server_thread = std::this_thread::get_id();
         server->run();

@@ -31,6 +31,9 @@ Serves a bus with the configuration daemon of a simulated home router, until SIG
   --home              the built-in home, then exit
   --help              this text
 
+Of the bus, lookups, calls and pings are served: what lists and calls works, what listens, waits, subscribes,
+monitors or sends events is refused ("Invalid command").
+
 While it runs, the object "sim" changes the world and sets faults: see --list.
 )";
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The record as the SDK finds it in memory, byte by byte, and what else the SDK may call.
+// The record that the SDK is given, whose layout the contract checks, and what else the SDK may call.
 #include "binding/sdk_record.h"
 
 #include <cstring>
@@ -17,81 +17,60 @@ namespace {
 using router::Fault;
 using testing::ElementsAre;
 
-template <class Value>
-std::string bytes_of(const Value &value) {
-    return {reinterpret_cast<const char *>(&value), sizeof value};
-}
-
-// A text in its field, the rest zeros.
-std::string field(std::string text, size_t width) {
-    text.resize(width, '\0');
-    return text;
-}
-
-// The record made from what the router says of itself.
-std::string record_of(RouterRig &rig, const Fault &info) {
-    rig.router.clear_faults();
-    rig.router.add_fault(info);
-    copy_text(register_config.product_key, std::string(63, 'k').c_str());
-    copy_text(register_config.register_url, "https://host/register");
-    copy_text(register_config.product_id, "router");
-    copy_text(register_config.product_secret, "secret");
-    copy_text(register_config.cache_path, "/tmp/cache");
-    copy_text(register_config.sdk_log_path, std::string(127, 'l').c_str());
-    memset(static_cast<void *>(&global_config), '#', sizeof global_config);
-    EXPECT_EQ(init_config(), &global_config);
-    return bytes_of(global_config);
-}
-
-Fault info(const std::string &members) {
-    return {
-        .kind = Fault::Kind::Reply, .object = "vrop.ftinfo", .reply = "{\"vrop.ftinfo\":{" + members + "}}"};
-}
-
-// The record with that identity in it.
-std::string record_with(const std::string &serial, const std::string &mac, const std::string &software,
-                        const std::string &hardware, const std::string &vendor, const std::string &area) {
-    return field(std::string(63, 'k'), 64) + field(serial, 128) + field(mac, 64) + field(software, 64) +
-           field(hardware, 64) + field(vendor, 128) + field("https://host/register", 256) +
-           field("router", 64) + field("secret", 128) + field("/tmp/cache", 128) +
-           field(std::string(127, 'l'), 128) + bytes_of(&property_map) + bytes_of(&service_map) +
-           bytes_of(&g_other_handle) + bytes_of(nullptr) + bytes_of(&dev_upgrade2) + bytes_of(uint64_t{0}) +
-           bytes_of(int32_t{300}) + std::string(12, '\0') + field(area, 8) + bytes_of(uint64_t{0});
-}
-
-TEST(Record, HasEveryByteInItsPlace) {
+// A daemon's answer about the device, and what the record then says of it.
+TEST(Record, TakesTheIdentityWithItsFallbacks) {
+    const std::pair<const char *, const char *> rows[] = {
+        {R"("mac":"a1b2c3d4e5f6","sn":"S","iswversion":"V1","ihdversion":"H1","hdversion":"H0","odmvendor":"M",)"
+         R"("province":"1234567890")",
+         "S A1:B2:C3:D4:E5:F6 V1 H1 M 1234567"},
+        {R"("mac":"a1b2c3d4e5f6","sn":"")", "a1b2c3d4e5f6 A1:B2:C3:D4:E5:F6   RVXA "},
+        {R"("sn":"S","ihdversion":"","hdversion":"H0","odmvendor":"")", "S   H0 RVXA "},
+        {R"("mac":7,"sn":8,"hdversion":9,"odmvendor":null)", "8 07:00:00:00:00:00  9 RVXA "},
+        {"", "    RVXA "},
+        {nullptr, "     "},
+    };
     RouterRig rig;
-    EXPECT_EQ(record_of(rig, info(R"("mac":"a1b2c3d4e5f6","sn":"SERIAL","iswversion":"V1","ihdversion":"H1",
-                     "hdversion":"H0","odmvendor":"MAKER","province":"1234567890")")),
-              record_with("SERIAL", "A1:B2:C3:D4:E5:F6", "V1", "H1", "MAKER", "1234567"));
-    EXPECT_EQ(bytes_of(g_other_handle), field(bytes_of(&device_online), 56));
+    for (const auto &[answer, identity] : rows) {
+        rig.router.clear_faults();
+        rig.router.add_fault({.kind = answer ? Fault::Kind::Reply : Fault::Kind::Absent,
+                              .object = "vrop.ftinfo",
+                              .reply = std::string("{\"vrop.ftinfo\":{") + (answer ? answer : "") + "}}"});
+        memset(static_cast<void *>(&global_config), '#', sizeof global_config);
+        const struct global_config &is = *init_config();
+        const std::string bytes(reinterpret_cast<const char *>(&is), sizeof is);
+        EXPECT_EQ(bytes.find('#'), std::string::npos) << "left over";
+        EXPECT_EQ(std::string(is.serial_number) + " " + is.mac + " " + is.software_version + " " +
+                      is.hardware_version + " " + is.vendor + " " + is.area_code,
+                  identity);
+    }
+}
+
+TEST(Record, TakesTheRegistrationAndSaysWhatItTook) {
+    RouterRig rig;
+    rig.router.set_state(
+        "/vrop.ftinfo",
+        R"({"mac":"a1b2c3d4e5f6","sn":"N","iswversion":"V","ihdversion":"H","province":"1"})");
+    const std::string key(63, 'k'), path(127, 'l');
+    copy_text(register_config.product_key, key.c_str());
+    copy_text(register_config.register_url, "U");
+    copy_text(register_config.product_id, "I");
+    copy_text(register_config.product_secret, "S");
+    copy_text(register_config.cache_path, "C");
+    copy_text(register_config.sdk_log_path, path.c_str());
+    const struct global_config &is = *init_config();
+    EXPECT_EQ(is.product_key + std::string(" ") + is.register_url + is.register_id + is.product_secret +
+                  is.cache_file_path + " " + is.log_file_path,
+              key + " UISC " + path);
     EXPECT_THAT(log_messages(),
                 ElementsAre("start", "", "-------------->start init config<------------------",
-                            "mac:A1:B2:C3:D4:E5:F6", "sn:SERIAL", "iswversion:V1", "hdversion:H1",
-                            "area_code:1234567", "register_url:https://host/register", "register_id:router",
-                            "product_secret:secret", "cache_file_path:/tmp/cache",
-                            "product_key:" + std::string(63, 'k'), "log_file_path:" + std::string(127, 'l'),
-                            "end", ""));
-}
-
-TEST(Record, IdentityHasItsFallbacks) {
-    RouterRig rig;
-    EXPECT_EQ(record_of(rig, info(R"("mac":"a1b2c3d4e5f6","sn":"")")),
-              record_with("a1b2c3d4e5f6", "A1:B2:C3:D4:E5:F6", "", "", "RVXA", ""));
-    EXPECT_EQ(record_of(rig, info(R"("sn":"S","ihdversion":"","hdversion":"H0","odmvendor":"")")),
-              record_with("S", "", "", "H0", "RVXA", ""));
-    EXPECT_EQ(record_of(rig, info(R"("mac":7,"sn":8,"hdversion":9,"odmvendor":null)")),
-              record_with("8", "07:00:00:00:00:00", "", "9", "RVXA", ""));
-    EXPECT_EQ(record_of(rig, info("")), record_with("", "", "", "", "RVXA", ""));
-    EXPECT_EQ(record_of(rig, {.kind = Fault::Kind::Absent, .object = "vrop.ftinfo"}),
-              record_with("", "", "", "", "", ""));
-}
-
-TEST(Tables, ReserveASlotAndEndWithAnEmptyRow) {
-    for (const service_row &row : service_map)
-        EXPECT_EQ(row.reserved, nullptr);
-    EXPECT_EQ(bytes_of(property_map[16]), std::string(56, '\0'));
-    EXPECT_EQ(bytes_of(service_map[29]), std::string(24, '\0'));
+                            "mac:A1:B2:C3:D4:E5:F6", "sn:N", "iswversion:V", "hdversion:H", "area_code:1",
+                            "register_url:U", "register_id:I", "product_secret:S", "cache_file_path:C",
+                            "product_key:" + key, "log_file_path:" + path, "end", ""));
+    EXPECT_TRUE(is.upgrade == dev_upgrade2 && is.interval == 300 && is.reserved_pointer == nullptr);
+    EXPECT_TRUE(is.property_map == property_map && is.service_map == service_map);
+    EXPECT_TRUE(is.other_handle == &g_other_handle && g_other_handle.device_online == device_online);
+    EXPECT_EQ(property_map[16].name, nullptr);
+    EXPECT_EQ(service_map[29].name, nullptr);
 }
 
 TEST(Callbacks, UpgradeOffers) {

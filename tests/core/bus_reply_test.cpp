@@ -46,7 +46,7 @@ TEST(Reply, IsWhatItsTextSays) {
 TEST(Reply, ThatNoJsonTextGivesIsWhatItsTextSays) {
     Buffer numbers(R"({"byte":1,"name":2})");
     blobmsg_add_u8(&numbers, "byte", 200);
-    blobmsg_add_u16(&numbers, "short", 65535);
+    add_u16(&numbers, "short", 65535);
     blobmsg_add_u32(&numbers, "int", 4294967295U);
     blobmsg_add_u64(&numbers, "long", UINT64_MAX);
     EXPECT_EQ(document_of(numbers), R"({"byte":true,"name":2,"short":-1,"int":-1,"long":-1})");

@@ -12,6 +12,7 @@
 #include "core/text.h"
 #include "devices/online_notice.h"
 #include "support/event_catcher.h"
+#include "support/helper_stub.h"
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
 #include "support/text_file.h"
@@ -174,6 +175,37 @@ TEST_F(Runtime, AClockThatIsSetTakesNothingFromTheDay) {
     EXPECT_EQ(text_of(TODAY),
               R"([{"mac":"02:A0:C9:00:00:01","name":"","runTime":7,"timestamp":1714550400,"onlineNotice":0},)"
               R"({"mac":"","name":"","runTime":0,"timestamp":1714550400}])");
+}
+
+// What each second of the day brings, with the night's work done (bare) or still to do.
+TEST_F(Runtime, EachSecondOfTheNightBringsItsTask) {
+    setenv("TZ", "UTC", 1);
+    HelperStub helper("post_data");
+    struct Row {
+        long second;
+        bool done;
+        const char *reports; // runs of the helper
+        bool closes, done_then;
+    };
+    const Row rows[] = {
+        {9000, false, "", false, false}, {9001, false, "0\n", false, true}, {9004, false, "0\n", false, true},
+        {9005, false, "", false, false}, {9004, true, "", false, true},     {7199, true, "", false, false},
+        {7200, true, "", false, true},   {21600, true, "", false, true},    {21601, true, "", false, false},
+        {86394, true, "", false, false}, {86395, true, "", false, true},    {86395, false, "", false, false},
+        {86396, false, "", true, true},  {86399, false, "", true, true},    {86399, true, "", false, true},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.second);
+        std::ofstream(TODAY) << "[]";
+        std::filesystem::remove(LAST_DAY);
+        moving_clock::set(1714521600 + row.second); // 2024-05-01 00:00:00 UTC
+        StaStatusState state = {.report_point = 9000, .done = row.done, .round = 1};
+        check_staStatus_round(&state);
+        EXPECT_EQ(helper.take_runs(), row.reports);
+        EXPECT_EQ(state.done, row.done_then);
+        EXPECT_EQ(text_of(LAST_DAY), row.closes ? "[]" : "");
+        EXPECT_EQ(text_of(TODAY), row.closes ? "" : "[]");
+    }
 }
 
 TEST(RuntimePoints, ReportPointsAreSpreadOverTheirRange) {

@@ -116,8 +116,9 @@ TEST_F(Relay, OnlyTheIntervalsPassWhileOffline) {
     const char offline[] = "event need report ,but device is offline! so it will not upload data!";
     recording_sdk::set_connect_state(0);
     expect({R"("updatesettime","otaCheckInterval":1)", 0, "update_checkTime(1, 0, 0)", "", "interval 1"});
-    for (const char *action :
-         {"\"upgradeProgress\"", "\"deviceConnect\"", "\"allDevicesReport\"", "\"unknown\""})
+    for (const char *action : {"\"upgradeProgress\"", "\"deviceUpgrade\"", "\"cfgReportProgress\"",
+                               "\"deviceConnect\"", "\"allDevicesReport\"", "\"networkRestartTime\"",
+                               "\"outFormatFeedback\"", "\"RemoteCapSuccess\"", "\"unknown\""})
         expect({action, 0, "", offline});
 }
 
@@ -155,7 +156,8 @@ TEST_F(Relay, WithstandsAnyBytes) {
 TEST_F(Relay, ServesTheSocketUntilTheFlagFallsAndOneMoreDatagramComes) {
     std::atomic<int> flag{1};
     ASSERT_EQ(creat_event_server(), 0);
-    EXPECT_EQ(creat_event_server(), -1); // taken
+    EXPECT_EQ(creat_event_server(), -1);  // taken
+    take_event_port(INADDR_LOOPBACK + 1); // that of another address is not
     ASSERT_EQ(creat_event_client(), 0);
     std::thread relay([&] { eventudp_server(&flag); });
     udp_send_data("", 0); // skipped

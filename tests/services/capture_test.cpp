@@ -21,8 +21,12 @@ TEST(Capture, IsUploadedOnceTheCountdownIsOverWhileTheFileIsThere) {
     std::ofstream("/tmp/cap.pcap") << "packets";
     EXPECT_EQ(runs_of_round() + runs_of_round(), "");
     EXPECT_EQ(runs_of_round(), "/tmp/cap.pcap\n");
-    set_cap_config(0, "/tmp/cap.pcap", "");
-    EXPECT_EQ(runs_of_round(), "");
+    set_cap_config(0, "/tmp/cap.pcap", "https://host/cap");
+    EXPECT_EQ(runs_of_round() + runs_of_round(), "/tmp/cap.pcap\n/tmp/cap.pcap\n");
+    for (const auto &[seconds, address] : {std::pair{0, ""}, {-1, "https://host/cap"}}) {
+        set_cap_config(seconds, "/tmp/cap.pcap", address);
+        EXPECT_EQ(runs_of_round() + runs_of_round(), "");
+    }
 }
 
 TEST(Capture, SettingsAreCutAndThePathIsOneWord) {

@@ -22,6 +22,11 @@ struct Buffer : blob_buf {
     Buffer &operator=(const Buffer &) = delete;
 };
 
+inline void add_u16(Buffer *message, const char *name, uint16_t value) {
+    const uint16_t bytes = cpu_to_be16(value);
+    blobmsg_add_field(message, BLOBMSG_TYPE_INT16, name, &bytes, sizeof(bytes));
+}
+
 // A text that the library has allocated.
 inline std::string take(char *text) {
     std::string copy = text ? text : "(null)";

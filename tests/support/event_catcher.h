@@ -12,10 +12,10 @@
 #include "core/handles.h"
 #include "relay/event_client.h"
 
-// A socket at the relay's port.
-inline Descriptor take_event_port() {
+// A socket at the relay's port of a local address.
+inline Descriptor take_event_port(in_addr_t local = INADDR_LOOPBACK) {
     Descriptor taken(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0));
-    const sockaddr_in address = {AF_INET, htons(EVENT_PORT), {htonl(INADDR_LOOPBACK)}, {}};
+    const sockaddr_in address = {AF_INET, htons(EVENT_PORT), {htonl(local)}, {}};
     EXPECT_EQ(bind(taken.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
     return taken;
 }

@@ -25,8 +25,7 @@ struct Level {
 
 class Formatter {
   public:
-    Formatter(blobmsg_json_format_t callback, void *context, int tabs)
-        : cb(callback), priv(context), indent(tabs) {}
+    explicit Formatter(int tabs) : indent(tabs) {}
 
     void content(const blob_attr *attr) {
         open(attr, blob_is_extended(attr) && blobmsg_type(attr) == BLOBMSG_TYPE_ARRAY);
@@ -51,8 +50,6 @@ class Formatter {
 
     GrowingText text;
     std::vector<Level> levels;
-    blobmsg_json_format_t cb;
-    void *priv;
     int indent;
 };
 
@@ -107,11 +104,7 @@ void Formatter::element(const blob_attr *attr, size_t rem, bool named) {
         string(blobmsg_name(attr));
         text.append(indent < 0 ? ":" : ": ");
     }
-    const char *replacement = cb ? cb(priv, const_cast<blob_attr *>(attr)) : nullptr;
-    if (replacement)
-        text.append(replacement);
-    else
-        value(attr);
+    value(attr);
 }
 
 void Formatter::value(const blob_attr *attr) {
@@ -188,9 +181,8 @@ void Formatter::string(const char *string) {
 }
 } // namespace
 
-char *blobmsg_format_json_with_cb(blob_attr *attr, bool list, blobmsg_json_format_t cb, void *priv,
-                                  int indent) {
-    Formatter formatter(cb, priv, indent);
+char *blobmsg_format_json_indent(blob_attr *attr, bool list, int indent) {
+    Formatter formatter(indent);
     if (list)
         formatter.content(attr);
     else

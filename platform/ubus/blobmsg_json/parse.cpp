@@ -84,13 +84,6 @@ bool add_document(blob_buf *buf, json_object *document) {
 }
 } // namespace
 
-bool blobmsg_add_json_element(blob_buf *b, const char *name, json_object *obj) {
-    Checkpoint before(b);
-    if (add_element(b, name, obj)) return true;
-    before.restore();
-    return false;
-}
-
 bool blobmsg_add_object(blob_buf *b, json_object *obj) {
     if (!json_object_is_type(obj, json_type_object)) return false;
     Checkpoint before(b);

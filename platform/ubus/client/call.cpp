@@ -46,7 +46,7 @@ int send_invoke(ubus_context *ctx, ubus_request *req, uint32_t object, const cha
 
 int ubus_lookup(ubus_context *ctx, const char *path, ubus_lookup_handler_t cb, void *priv) {
     if (!ctx->connection) return UBUS_STATUS_INVALID_ARGUMENT;
-    Deadline deadline(LOOKUP_TIMEOUT_MILLIS);
+    const Deadline deadline(0);
     ubus_request req;
     int status = send_lookup(ctx, &req, path, deadline);
     if (status != UBUS_STATUS_OK) return status;
@@ -63,7 +63,7 @@ int ubus_lookup_id(ubus_context *ctx, const char *path, uint32_t *id) {
 int ubus_invoke_async_fd(ubus_context *ctx, uint32_t obj, const char *method, blob_attr *msg,
                          ubus_request *req, int fd) {
     if (fd >= 0) return UBUS_STATUS_NOT_SUPPORTED;
-    return send_invoke(ctx, req, obj, method, msg, Deadline(SEND_TIMEOUT_MILLIS));
+    return send_invoke(ctx, req, obj, method, msg, Deadline(0));
 }
 
 int ubus_invoke_fd(ubus_context *ctx, uint32_t obj, const char *method, blob_attr *msg,
@@ -71,8 +71,7 @@ int ubus_invoke_fd(ubus_context *ctx, uint32_t obj, const char *method, blob_att
     if (fd >= 0) return UBUS_STATUS_NOT_SUPPORTED;
     Deadline deadline(timeout);
     ubus_request req;
-    int status =
-        send_invoke(ctx, &req, obj, method, msg, timeout > 0 ? deadline : Deadline(SEND_TIMEOUT_MILLIS));
+    int status = send_invoke(ctx, &req, obj, method, msg, timeout > 0 ? deadline : Deadline(0));
     if (status != UBUS_STATUS_OK) return status;
     req.data_cb = cb;
     req.priv = priv;

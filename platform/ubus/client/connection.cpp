@@ -12,14 +12,7 @@ bool connect_unix(int fd, const char *path) {
     address.sun_family = AF_UNIX;
     if (strlen(path) >= sizeof(address.sun_path)) return false;
     memcpy(address.sun_path, path, strlen(path) + 1);
-    // A broker that accepts nothing any more would hold connect() for ever.
-    timeval limit{HELLO_TIMEOUT_MILLIS / 1000, 0};
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
-    int ret;
-    do {
-        ret = connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof(address));
-    } while (ret != 0 && errno == EINTR);
-    return ret == 0;
+    return connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof(address)) == 0;
 }
 
 // The unsent rest of a message.

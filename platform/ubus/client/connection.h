@@ -20,11 +20,7 @@ struct ubus_connection {
     ubus_connection &operator=(const ubus_connection &) = delete;
 };
 
-inline constexpr int HELLO_TIMEOUT_MILLIS = 10000;
-inline constexpr int LOOKUP_TIMEOUT_MILLIS = 30000;
-inline constexpr int SEND_TIMEOUT_MILLIS = 30000; // where the caller sets no limit
-
-// Connects to the broker's socket, without waiting longer than HELLO_TIMEOUT_MILLIS; -1 on failure.
+// Connects to the broker's socket, which may take for ever; -1 on failure, also when a signal interrupts it.
 int open_bus_socket(const char *path);
 
 // Sends the message built in connection->out. OK; INVALID_ARGUMENT when it is too long or the connection is

@@ -3,29 +3,26 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cstdint>
-#include <ctime>
-
-inline int64_t monotonic_millis() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
 
 class Deadline {
   public:
     explicit Deadline(int timeout)
-        : unlimited_(timeout == 0), end_(monotonic_millis() + std::max(timeout, 0)) {}
+        : unlimited_(timeout == 0), end_(Clock::now() + std::chrono::milliseconds(std::max(timeout, 0))) {}
 
-    // Milliseconds left as poll() takes them: -1 without limit, 0 when over.
+    // Milliseconds left as poll() takes them, rounded up: -1 without limit, 0 when over.
     int remaining() const {
         if (unlimited_) return -1;
-        return static_cast<int>(std::clamp<int64_t>(end_ - monotonic_millis(), 0, INT_MAX));
+        const int64_t left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now()).count();
+        return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
     }
     bool over() const { return remaining() == 0; }
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     bool unlimited_;
-    int64_t end_;
+    Clock::time_point end_;
 };

@@ -96,14 +96,6 @@ void serve_socket(ubus_context *ctx) {
     if (ctx->sock.eof) tell_loss(ctx);
 }
 
-int ubus_complete_request(ubus_context *ctx, ubus_request *req, int timeout) {
-    return finish_request(ctx, req, Deadline(timeout));
-}
-
 void ubus_complete_request_async(ubus_context *ctx, ubus_request *req) {
     if (list_empty(&req->list) && !req->status_msg) list_add_tail(&req->list, &ctx->requests);
-}
-
-void ubus_flush_requests(ubus_context *ctx) {
-    end_all(ctx, UBUS_STATUS_TIMEOUT);
 }

@@ -65,19 +65,15 @@ struct ubus_request {
     void *priv;
 };
 
-/* Connects to the broker at `path` (NULL: the default socket) and reads its greeting, for which it waits 10
- * seconds. NULL on failure. Also runs uloop_init. */
+/* Connects to the broker at `path` (NULL: the default socket) and reads its greeting, for which it waits
+ * until a signal interrupts. NULL on failure. Also runs uloop_init. */
 struct ubus_context *ubus_connect(const char *path);
 void ubus_free(struct ubus_context *ctx); /* NULL is allowed; open requests are forgotten */
 
-/* The same for a context that the caller holds. 0 or -1. */
-int ubus_connect_ctx(struct ubus_context *ctx, const char *path);
-void ubus_shutdown(struct ubus_context *ctx);
-
 const char *ubus_strerror(int error);
 
-/* Calls `cb` for each object that the path (exact, prefix with '*', or NULL for all) names. The broker has 30
- * seconds to answer. A status. */
+/* Calls `cb` for each object that the path (exact, prefix with '*', or NULL for all) names. Waits without
+ * limit. A status. */
 int ubus_lookup(struct ubus_context *ctx, const char *path, ubus_lookup_handler_t cb, void *priv);
 /* The id of one object; left alone unless it was found. A status. */
 int ubus_lookup_id(struct ubus_context *ctx, const char *path, uint32_t *id);
@@ -86,14 +82,11 @@ int ubus_lookup_id(struct ubus_context *ctx, const char *path, uint32_t *id);
  * the caller then sets its callbacks and completes it. A status. Descriptors are not sent: fd must be -1. */
 int ubus_invoke_async_fd(struct ubus_context *ctx, uint32_t obj, const char *method, struct blob_attr *msg,
                          struct ubus_request *req, int fd);
-/* Waits for the request's end; the callbacks of other requests run meanwhile. Its status. */
-int ubus_complete_request(struct ubus_context *ctx, struct ubus_request *req, int timeout);
 /* Lets the request end whenever the connection is served. */
 void ubus_complete_request_async(struct ubus_context *ctx, struct ubus_request *req);
-/* Ends all open requests with TIMEOUT. */
-void ubus_flush_requests(struct ubus_context *ctx);
 
-/* Calls a method and waits; `cb` (or NULL) gets each DATA of the answer. A status. */
+/* Calls a method and waits, while the callbacks of other requests run; `cb` (or NULL) gets each DATA of the
+ * answer. A status. */
 int ubus_invoke_fd(struct ubus_context *ctx, uint32_t obj, const char *method, struct blob_attr *msg,
                    ubus_data_handler_t cb, void *priv, int timeout, int fd);
 
@@ -109,11 +102,6 @@ static inline int ubus_invoke_async(struct ubus_context *ctx, uint32_t obj, cons
 
 static inline void ubus_add_uloop(struct ubus_context *ctx) {
     uloop_fd_add(&ctx->sock, ULOOP_BLOCKING | ULOOP_READ);
-}
-
-/* Takes what has arrived. */
-static inline void ubus_handle_event(struct ubus_context *ctx) {
-    ctx->sock.cb(&ctx->sock, ULOOP_READ);
 }
 
 #ifdef __cplusplus

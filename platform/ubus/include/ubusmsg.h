@@ -8,19 +8,6 @@
 #define UBUS_MAX_MSGLEN 1048576 /* of the padded top-level attribute */
 #define UBUS_MSG_VERSION 0
 
-#define UBUS_SYSTEM_OBJECT_EVENT 1
-#define UBUS_SYSTEM_OBJECT_ACL 2
-#define UBUS_SYSTEM_OBJECT_MONITOR 3
-#define UBUS_SYSTEM_OBJECT_MAX 1024
-
-/* Goes before the top-level attribute; big-endian. */
-struct ubus_msghdr {
-    uint8_t version;
-    uint8_t type;
-    uint16_t seq;
-    uint32_t peer;
-};
-
 enum ubus_msg_type {
     UBUS_MSG_HELLO,
     UBUS_MSG_STATUS,

@@ -1,31 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ubus_server.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <map>
-#include <poll.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "broker.h"
-#include "event_loop.h"
+#include "loop_work.h"
+
+namespace {
+// A client and how the loop watches it.
+struct Connection {
+    std::shared_ptr<BusClient> client;
+    WatchedFd watched;
+    bool waits_to_write = false;
+
+    Connection(std::shared_ptr<BusClient> bus_client, std::function<void()> ready)
+        : client(std::move(bus_client)), watched(client->fd(), std::move(ready)) {}
+};
+} // namespace
 
 struct UbusServer::State {
-    EventLoop loop;
+    LoopWork work{[this] { flush_all(); }};
     ObjectTable objects;
     Broker broker{&objects};
-    std::map<int, std::shared_ptr<BusClient>> clients; // by descriptor
+    std::map<int, std::unique_ptr<Connection>> clients; // by descriptor
+    std::unique_ptr<WatchedFd> watched_listener;
     int listener = -1;
+    // Closed for a moment when there is no descriptor left, to accept a client and let it go: who waits in
+    // the listener's queue would keep the loop awake for ever.
+    int spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
     std::string path;
 
-    State() {
-        loop.before_wait([this] { flush_all(); });
-    }
+    ~State() { close(spare); }
+    void watch_listener();
     void accept_all();
+    bool refuse_one();
     void serve(int fd);
     void flush_all();
-    void drop(int fd);
 };
 
 namespace {
@@ -44,8 +60,10 @@ int unix_socket() {
     return fd;
 }
 
-// Removes the socket file of a server that has ended.
+// Removes the socket of a server that has ended; nothing else that has its name.
 void remove_stale(const sockaddr_un &address) {
+    struct stat there {};
+    if (lstat(address.sun_path, &there) != 0 || !S_ISSOCK(there.st_mode)) return;
     int fd = unix_socket();
     int ret = connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address));
     bool refused = ret != 0 && errno == ECONNREFUSED;
@@ -54,41 +72,59 @@ void remove_stale(const sockaddr_un &address) {
 }
 } // namespace
 
+void UbusServer::State::watch_listener() {
+    if (listener < 0) return;
+    watched_listener = std::make_unique<WatchedFd>(listener, [this] {
+        accept_all();
+        flush_all();
+    });
+    watched_listener->watch();
+}
+
 void UbusServer::State::accept_all() {
     int fd;
-    while ((fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0) {
-        clients[fd] = std::make_shared<BusClient>(fd, objects.free_id());
-        loop.watch(fd, POLLIN, [this, fd](short) { serve(fd); });
-    }
+    do {
+        while ((fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0) {
+            auto client = std::make_shared<BusClient>(fd, objects.free_id());
+            clients[fd] = std::make_unique<Connection>(std::move(client), [this, fd] { serve(fd); });
+            clients[fd]->watched.watch();
+        }
+    } while ((errno == EMFILE || errno == ENFILE) && refuse_one());
+}
+
+// Accepts a client only to close it; false when that does not go either.
+bool UbusServer::State::refuse_one() {
+    close(spare);
+    const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    close(fd);
+    spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    return fd >= 0 && spare >= 0;
 }
 
 void UbusServer::State::serve(int fd) {
-    std::shared_ptr<BusClient> client = clients.at(fd);
+    std::shared_ptr<BusClient> client = clients.at(fd)->client;
     bool alive = client->read();
     wire::Message message;
     auto connected = [&] {
         auto at = clients.find(fd);
-        return at != clients.end() && at->second == client;
+        return at != clients.end() && at->second->client == client;
     };
     while (connected() && client->next(&message))
         broker.handle(client, message);
-    if (connected() && (!alive || client->broken())) drop(fd);
+    if (connected() && (!alive || client->broken())) clients.erase(fd);
+    flush_all();
 }
 
 // Everything that a turn had to say to a client goes out in one write.
 void UbusServer::State::flush_all() {
-    std::vector<int> gone;
-    for (const auto &[fd, client] : clients) {
-        if (!client->flush()) gone.push_back(fd);
-        loop.change(fd, client->pending() ? POLLIN | POLLOUT : POLLIN);
+    for (auto at = clients.begin(); at != clients.end();) {
+        Connection &connection = *at->second;
+        const bool alive = connection.client->flush();
+        const bool pending = connection.client->pending();
+        if (alive && pending != connection.waits_to_write) connection.watched.watch(pending);
+        connection.waits_to_write = pending;
+        at = alive ? std::next(at) : clients.erase(at);
     }
-    for (int fd : gone)
-        drop(fd);
-}
-
-void UbusServer::State::drop(int fd) {
-    loop.unwatch(fd);
-    clients.erase(fd);
 }
 
 UbusServer::UbusServer() : state(std::make_unique<State>()) {}
@@ -111,12 +147,11 @@ void UbusServer::listen(const std::string &path) {
     }
     state->listener = fd;
     state->path = path;
-    state->loop.watch(fd, POLLIN, [this](short) { state->accept_all(); });
 }
 
 void UbusServer::close_listener() {
     if (state->listener < 0) return;
-    state->loop.unwatch(state->listener);
+    state->watched_listener.reset();
     close(state->listener);
     unlink(state->path.c_str());
     state->listener = -1;
@@ -141,26 +176,28 @@ void UbusServer::renumber() {
 
 void UbusServer::drop_clients() {
     state->flush_all();
-    while (!state->clients.empty())
-        state->drop(state->clients.begin()->first);
+    state->clients.clear();
 }
 
 void UbusServer::run() {
-    state->loop.run();
+    state->watch_listener();
+    state->work.run();
+    state->watched_listener.reset();
+    state->clients.clear();
 }
 
 void UbusServer::stop() {
-    state->loop.stop();
+    state->work.stop();
 }
 
 void UbusServer::post(std::function<void()> function) {
-    state->loop.post(std::move(function));
+    state->work.post(std::move(function));
 }
 
 uint64_t UbusServer::after(int milliseconds, std::function<void()> function) {
-    return state->loop.after(milliseconds, std::move(function));
+    return state->work.after(milliseconds, std::move(function));
 }
 
 void UbusServer::cancel(uint64_t timer) {
-    state->loop.cancel(timer);
+    state->work.cancel(timer);
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// A small bus: the broker and, in the same process, the owners of its objects. It serves simulations and
-// tests, built on nothing but the blob and blobmsg functions, so either bus library will do.
+// A small bus: the broker and, in the same process, the owners of its objects. It answers lookups, calls and
+// pings; objects of clients, events, subscriptions and monitoring it refuses with status 1. It serves
+// simulations and tests, built on the blob, blobmsg and uloop functions, so either bus library will do.
 //
-// The whole server works on the thread that is in run(): handlers, timers and posted functions are called
-// there, and there (or before run()) everything else here is to be called, but for stop() and post(), which
-// are for any thread.
+// The whole server works on the thread that is in run(), which runs uloop, so that a process has one at work
+// at a time. Handlers, timers and posted functions are called there, and there (but for the timers also
+// before run()) everything else here is to be called, but for stop() and post(), which are for any thread.
 #pragma once
 
 #include <cstdint>
@@ -58,7 +59,8 @@ class UbusServer {
     UbusServer(const UbusServer &) = delete;
     UbusServer &operator=(const UbusServer &) = delete;
 
-    // Binds the socket, replacing one that nobody listens on any more. Throws std::system_error.
+    // Binds the socket, replacing one that nobody listens on any more, but no other file. Throws
+    // std::system_error. While a server runs this is not to be called.
     void listen(const std::string &path);
     // Closes the listener and removes the socket: as if the bus were gone, once drop_clients() has been
     // called too.
@@ -75,7 +77,7 @@ class UbusServer {
     // Closes all connections.
     void drop_clients();
 
-    // Serves until stop(). May be called again afterwards.
+    // Serves until stop(), which also ends the timers and the clients. May be called again afterwards.
     void run();
     void stop();
     // Has the function called soon.

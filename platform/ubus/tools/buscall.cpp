@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lists the objects of the bus and calls their methods from a terminal.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -24,7 +25,7 @@ constexpr char USAGE[] =
     "list shows objects (PATH may end in '*') with their methods and arguments; call prints the reply as "
     "JSON.\n"
     "  -s SOCKET   the bus (default /apvar/run/ubus/ubus.sock)\n"
-    "  -t SECONDS  how long a call may take (default 30)\n"
+    "  -t SECONDS  how long the bus may take to answer (default 30)\n"
     "Exit status: 0 done, 1 refused or no answer (the reason is on stderr), 2 wrong usage, 3 no bus.\n"
     "\n"
     "  buscall list 'vrop.wifi*'\n"
@@ -35,6 +36,15 @@ struct Options {
     const char *socket = DEFAULT_SOCKET;
     int seconds = DEFAULT_SECONDS;
 };
+
+// The bus library connects and looks up without a limit. Only what a signal handler may call.
+void give_up(int) {
+    constexpr char TEXT[] = "buscall: the bus does not answer\n";
+    if (write(STDERR_FILENO, TEXT, sizeof(TEXT) - 1) < 0) {
+        // The exit status says it too.
+    }
+    _exit(EXIT_NO_BUS);
+}
 
 struct FreeContext {
     void operator()(ubus_context *context) const { ubus_free(context); }
@@ -142,6 +152,8 @@ int main(int argc, char **argv) {
     bool listing = count >= 1 && count <= 2 && strcmp(words[0], "list") == 0;
     bool calling = count >= 3 && count <= 4 && strcmp(words[0], "call") == 0;
     if (!listing && !calling) return wrong("unknown command, or not its arguments");
+    signal(SIGALRM, give_up);
+    alarm(static_cast<unsigned>(options.seconds + 1)); // behind the call's own end
     Context context(ubus_connect(options.socket));
     if (!context) {
         fprintf(stderr, "buscall: no bus at %s\n", options.socket);

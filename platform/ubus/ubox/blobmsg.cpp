@@ -68,10 +68,6 @@ bool blobmsg_check_attr_len(const blob_attr *attr, bool name, size_t len) {
                            blob_len(attr) - static_cast<size_t>(offset));
 }
 
-bool blobmsg_check_attr(const blob_attr *attr, bool name) {
-    return blobmsg_check_attr_len(attr, name, blob_raw_len(attr));
-}
-
 int blobmsg_add_field(blob_buf *buf, int type, const char *name, const void *data, unsigned int len) {
     if (type < 0 || type > BLOBMSG_TYPE_LAST) return -1;
     blob_attr *attr = new_named(buf, type, name, len);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
+#include <climits>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
@@ -17,8 +18,7 @@ extern "C" {
 bool uloop_cancelled;
 
 namespace {
-using Clock = std::chrono::steady_clock;
-using Millis = std::chrono::milliseconds;
+constexpr int64_t MILLION = 1000000;
 
 struct TakenSignal {
     int number;
@@ -30,6 +30,7 @@ TakenSignal signals[] = {{SIGINT, false}, {SIGTERM, false}, {SIGCHLD, false}};
 volatile int wake_fd = -1;
 volatile sig_atomic_t ended_by;
 std::vector<uloop_fd *> watched;
+list_head timeouts = {&timeouts, &timeouts}; // the first to come first
 
 // uloop_end is a plain store to a plain bool; signal handlers do the same with care.
 bool cancelled() {
@@ -58,16 +59,37 @@ void take_signal(TakenSignal *signal) {
     signal->taken = sigaction(signal->number, &ours, nullptr) == 0;
 }
 
-void restore_signal(TakenSignal *signal) {
-    struct sigaction current {};
-    sigaction(signal->number, nullptr, &current);
-    if (signal->taken && !(current.sa_flags & SA_SIGINFO) && current.sa_handler == on_signal)
-        ::signal(signal->number, SIG_DFL);
-    signal->taken = false;
+int64_t micros(const timeval &time) {
+    return time.tv_sec * MILLION + time.tv_usec;
 }
 
-int millis_until(Clock::time_point end) {
-    return static_cast<int>(std::max<int64_t>(std::chrono::ceil<Millis>(end - Clock::now()).count(), 0));
+int64_t now_micros() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * MILLION + now.tv_nsec / 1000;
+}
+
+uloop_timeout *first_timeout() {
+    return list_empty(&timeouts) ? nullptr : list_first_entry(&timeouts, uloop_timeout, list);
+}
+
+// Milliseconds until the first timeout, as poll() takes them.
+int wait_millis() {
+    const uloop_timeout *first = first_timeout();
+    if (!first) return -1;
+    // rounded up: a wait that ends early would be followed by one that ends at once
+    const int64_t left = (micros(first->time) - now_micros() + 999) / 1000;
+    return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
+}
+
+// What a callback sets anew waits for the next turn.
+void run_timeouts() {
+    const int64_t now = now_micros();
+    for (uloop_timeout *due = first_timeout(); due && micros(due->time) <= now && !cancelled();
+         due = first_timeout()) {
+        uloop_timeout_cancel(due);
+        due->cb(due);
+    }
 }
 
 bool is_watched(const uloop_fd *sock) {
@@ -93,16 +115,16 @@ void serve(uloop_fd *sock, short ready) {
     sock->cb(sock, events);
 }
 
-// Waits at most so long (negative: without limit) and calls what is ready; what a callback removes is not
+// Waits until something is ready or a timeout is due, and calls what is ready; what a callback removes is not
 // called.
-void poll_once(int timeout) {
+void poll_once() {
     std::vector<uloop_fd *> socks = watched;
     std::vector<pollfd> fds;
     fds.reserve(socks.size() + 1);
     for (const uloop_fd *sock : socks)
         fds.push_back({sock->fd, poll_events(sock), 0});
     fds.push_back({wake_fd, POLLIN, 0});
-    if (poll(fds.data(), fds.size(), timeout) <= 0) return;
+    if (poll(fds.data(), fds.size(), wait_millis()) <= 0) return;
     uint64_t count;
     if (fds.back().revents && read(wake_fd, &count, sizeof(count)) < 0) {
         // Somebody else has read it.
@@ -124,26 +146,14 @@ int uloop_init(void) {
     return 0;
 }
 
-int uloop_run_timeout(int timeout) {
-    Clock::time_point end = Clock::now() + Millis(std::max(timeout, 0));
+int uloop_run(void) {
     ended_by = 0;
     uloop_cancelled = false;
     while (!cancelled()) {
-        poll_once(timeout < 0 ? -1 : millis_until(end));
-        if (timeout >= 0 && millis_until(end) == 0) break;
+        run_timeouts();
+        if (!cancelled()) poll_once();
     }
     return ended_by;
-}
-
-void uloop_done(void) {
-    std::lock_guard<std::mutex> lock(init_mutex);
-    for (TakenSignal &signal : signals)
-        restore_signal(&signal);
-    if (wake_fd >= 0) close(wake_fd);
-    wake_fd = -1;
-    for (uloop_fd *sock : watched)
-        sock->registered = false;
-    watched.clear();
 }
 
 int uloop_fd_add(uloop_fd *sock, unsigned int flags) {
@@ -166,5 +176,25 @@ int uloop_fd_delete(uloop_fd *sock) {
     watched.erase(at);
     sock->registered = false;
     sock->flags = 0;
+    return 0;
+}
+
+int uloop_timeout_set(uloop_timeout *timeout, int msecs) {
+    if (timeout->pending) uloop_timeout_cancel(timeout);
+    const int64_t due = now_micros() + int64_t{1000} * msecs;
+    timeout->time = {static_cast<time_t>(due / MILLION), static_cast<suseconds_t>(due % MILLION)};
+    timeout->pending = true;
+    list_head *later;
+    list_for_each(later, &timeouts) {
+        if (micros(list_entry(later, uloop_timeout, list)->time) > due) break;
+    }
+    list_add_tail(&timeout->list, later);
+    return 0;
+}
+
+int uloop_timeout_cancel(uloop_timeout *timeout) {
+    if (!timeout->pending) return -1;
+    list_del(&timeout->list);
+    timeout->pending = false;
     return 0;
 }

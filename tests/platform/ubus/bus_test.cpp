@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Client and broker together.
+#include <fstream>
+#include <sys/resource.h>
+
 #include "served_bus.h"
+#include "support/text_file.h"
 
 namespace {
 
@@ -35,10 +39,37 @@ TEST(Bus, CallsOfSeveralThreadsReachTheirObjectsAndComeBack) {
     std::jthread threads[] = {std::jthread(calls), std::jthread(calls), std::jthread(calls)};
 }
 
+TEST(Bus, RefusesClientsThatItHasNoDescriptorsForAndServesTheOthers) {
+    ServedBus bus;
+    Client client;
+    uint32_t id = 0;
+    ASSERT_EQ(client.look_up("own.any", &id), UBUS_STATUS_OK);
+    std::vector<Descriptor> clients;
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit tight{64, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &tight);
+    // the client's own end takes the last descriptor, so that its other end finds none
+    while (true) {
+        Descriptor stream(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        if (!stream) break;
+        clients.push_back(std::move(stream));
+    }
+    sockaddr_un address{AF_UNIX, {}};
+    std::string(BUS_PATH).copy(address.sun_path, sizeof(address.sun_path) - 1);
+    EXPECT_EQ(connect(clients[0].get(), reinterpret_cast<sockaddr *>(&address), sizeof(address)), 0);
+    EXPECT_TRUE(Wire(std::move(clients[0])).drain());
+    EXPECT_EQ(client.call(id, "other").status, UBUS_STATUS_OK);
+    setrlimit(RLIMIT_NOFILE, &before);
+}
+
 TEST(Bus, TakesOverOnlyASocketThatNobodyServes) {
     ServedBus bus;
     UbusServer second;
     EXPECT_THROW(second.listen(BUS_PATH), std::system_error);
+    std::ofstream("/tmp/file.sock") << "not a socket";
+    EXPECT_THROW(second.listen("/tmp/file.sock"), std::system_error);
+    EXPECT_EQ(text_of("/tmp/file.sock"), "not a socket");
     unix_stream("/tmp/abandoned.sock", bind);
     EXPECT_NO_THROW(second.listen("/tmp/abandoned.sock"));
 }

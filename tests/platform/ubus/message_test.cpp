@@ -25,7 +25,7 @@ TEST(Blob, BuildsTheCapturedMessageWithEachAdder) {
     void *data = blob_nest_start(&buffer, 7);
     blobmsg_add_string(&buffer, "text", "hi");
     blobmsg_add_u8(&buffer, "on", 1);
-    blobmsg_add_u16(&buffer, "w", 513);
+    add_u16(&buffer, "w", 513);
     blobmsg_add_u32(&buffer, "count", static_cast<uint32_t>(-3));
     blobmsg_add_u64(&buffer, "big", 5000000000U);
     blobmsg_add_double(&buffer, "d", 1.5);
@@ -132,7 +132,7 @@ TEST(BlobmsgJson, TextBecomesAMessageAndTextAgain) {
 TEST(BlobmsgJson, WritesEachValueAsTheOriginalDoes) {
     Buffer buffer;
     blobmsg_add_u8(&buffer, "u8", 200);
-    blobmsg_add_u16(&buffer, "u16", 0xffff);
+    add_u16(&buffer, "u16", 0xffff);
     blobmsg_add_u32(&buffer, "u32", 4294967295U);
     blobmsg_add_u64(&buffer, "u64", UINT64_MAX);
     blobmsg_add_double(&buffer, "big", 1e16);

@@ -22,20 +22,6 @@
 #define BLOB_ATTR_ALIGN 4
 #define BLOB_ATTR_EXTENDED 0x80000000
 
-/* Types of plain (not extended) attributes, for checking. */
-enum {
-    BLOB_ATTR_UNSPEC,
-    BLOB_ATTR_NESTED,
-    BLOB_ATTR_BINARY,
-    BLOB_ATTR_STRING,
-    BLOB_ATTR_INT8,
-    BLOB_ATTR_INT16,
-    BLOB_ATTR_INT32,
-    BLOB_ATTR_INT64,
-    BLOB_ATTR_DOUBLE,
-    BLOB_ATTR_LAST
-};
-
 struct blob_attr {
     uint32_t id_len;
     char data[];
@@ -81,10 +67,6 @@ static inline struct blob_attr *blob_next(const struct blob_attr *attr) {
     return (struct blob_attr *)((char *)attr + blob_pad_len(attr));
 }
 
-static inline uint8_t blob_get_u8(const struct blob_attr *attr) {
-    return (uint8_t)attr->data[0];
-}
-
 static inline uint16_t blob_get_u16(const struct blob_attr *attr) {
     uint16_t value;
     memcpy(&value, attr->data, sizeof(value));
@@ -95,28 +77,6 @@ static inline uint32_t blob_get_u32(const struct blob_attr *attr) {
     uint32_t value;
     memcpy(&value, attr->data, sizeof(value));
     return be32_to_cpu(value);
-}
-
-static inline uint64_t blob_get_u64(const struct blob_attr *attr) {
-    uint64_t value;
-    memcpy(&value, attr->data, sizeof(value));
-    return be64_to_cpu(value);
-}
-
-static inline int8_t blob_get_int8(const struct blob_attr *attr) {
-    return (int8_t)blob_get_u8(attr);
-}
-
-static inline int16_t blob_get_int16(const struct blob_attr *attr) {
-    return (int16_t)blob_get_u16(attr);
-}
-
-static inline int32_t blob_get_int32(const struct blob_attr *attr) {
-    return (int32_t)blob_get_u32(attr);
-}
-
-static inline int64_t blob_get_int64(const struct blob_attr *attr) {
-    return (int64_t)blob_get_u64(attr);
 }
 
 static inline const char *blob_get_string(const struct blob_attr *attr) {
@@ -145,29 +105,10 @@ static inline struct blob_attr *blob_put_string(struct blob_buf *buf, int id, co
     return blob_put(buf, id, text, (unsigned int)strlen(text) + 1);
 }
 
-static inline struct blob_attr *blob_put_u8(struct blob_buf *buf, int id, uint8_t value) {
-    return blob_put(buf, id, &value, sizeof(value));
-}
-
-static inline struct blob_attr *blob_put_u16(struct blob_buf *buf, int id, uint16_t value) {
-    value = cpu_to_be16(value);
-    return blob_put(buf, id, &value, sizeof(value));
-}
-
 static inline struct blob_attr *blob_put_u32(struct blob_buf *buf, int id, uint32_t value) {
     value = cpu_to_be32(value);
     return blob_put(buf, id, &value, sizeof(value));
 }
-
-static inline struct blob_attr *blob_put_u64(struct blob_buf *buf, int id, uint64_t value) {
-    value = cpu_to_be64(value);
-    return blob_put(buf, id, &value, sizeof(value));
-}
-
-#define blob_put_int8 blob_put_u8
-#define blob_put_int16 blob_put_u16
-#define blob_put_int32 blob_put_u32
-#define blob_put_int64 blob_put_u64
 
 /* Goes on while the attribute at `pos` lies within the `rem` bytes left. */
 #define __blob_for_each(pos, start, length, rem)                                                             \

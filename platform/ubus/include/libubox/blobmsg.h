@@ -3,7 +3,7 @@
  * the length of the name, the name, its NUL, and padding.
  *
  * Adding functions return 0, or -1 with the message as it was. A null name is the empty name of array
- * elements. The getters check neither type nor length: use blobmsg_check_attr on what comes from
+ * elements. The getters check neither type nor length: use blobmsg_check_attr_len on what comes from
  * outside. */
 #ifndef LIBUBOX_BLOBMSG_H
 #define LIBUBOX_BLOBMSG_H
@@ -62,29 +62,15 @@ static inline size_t blobmsg_data_len(const struct blob_attr *attr) {
     return !attr || offset > blob_len(attr) ? 0 : blob_len(attr) - offset;
 }
 
-static inline size_t blobmsg_len(const struct blob_attr *attr) {
-    return blobmsg_data_len(attr);
-}
-
-/* Whether header and value are as their type demands; `name` demands a name that is not empty. */
-bool blobmsg_check_attr(const struct blob_attr *attr, bool name);
-/* The same for an attribute of which only `len` bytes may be read. */
+/* Whether header and value of an attribute, of which only `len` bytes may be read, are as their type demands;
+ * `name` demands a name that is not empty. */
 bool blobmsg_check_attr_len(const struct blob_attr *attr, bool name, size_t len);
 int blobmsg_add_field(struct blob_buf *buf, int type, const char *name, const void *data, unsigned int len);
 /* Opens a table or an array; the cookie for closing it, or NULL. */
 void *blobmsg_open_nested(struct blob_buf *buf, const char *name, bool array);
 
-static inline int blobmsg_buf_init(struct blob_buf *buf) {
-    return blob_buf_init(buf, BLOBMSG_TYPE_TABLE);
-}
-
 static inline int blobmsg_add_u8(struct blob_buf *buf, const char *name, uint8_t value) {
     return blobmsg_add_field(buf, BLOBMSG_TYPE_INT8, name, &value, sizeof(value));
-}
-
-static inline int blobmsg_add_u16(struct blob_buf *buf, const char *name, uint16_t value) {
-    value = cpu_to_be16(value);
-    return blobmsg_add_field(buf, BLOBMSG_TYPE_INT16, name, &value, sizeof(value));
 }
 
 static inline int blobmsg_add_u32(struct blob_buf *buf, const char *name, uint32_t value) {
@@ -106,12 +92,6 @@ static inline int blobmsg_add_double(struct blob_buf *buf, const char *name, dou
 
 static inline int blobmsg_add_string(struct blob_buf *buf, const char *name, const char *string) {
     return blobmsg_add_field(buf, BLOBMSG_TYPE_STRING, name, string, (unsigned int)strlen(string) + 1);
-}
-
-/* Adds a copy of a (valid) attribute. */
-static inline int blobmsg_add_blob(struct blob_buf *buf, struct blob_attr *attr) {
-    return blobmsg_add_field(buf, blobmsg_type(attr), blobmsg_name(attr), blobmsg_data(attr),
-                             (unsigned int)blobmsg_data_len(attr));
 }
 
 static inline void *blobmsg_open_table(struct blob_buf *buf, const char *name) {

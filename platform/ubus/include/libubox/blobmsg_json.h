@@ -9,26 +9,15 @@ struct json_object;
 
 /* Each of these adds to the message and returns true, or returns false with the message as it was. */
 bool blobmsg_add_object(struct blob_buf *b, struct json_object *obj); /* the members of an object */
-bool blobmsg_add_json_element(struct blob_buf *b, const char *name, struct json_object *obj);
 bool blobmsg_add_json_from_string(struct blob_buf *b, const char *str); /* only an object is taken */
-
-/* Asked for the text of each attribute first; NULL leaves it to the formatter. The text is copied. */
-typedef const char *(*blobmsg_json_format_t)(void *priv, struct blob_attr *attr);
 
 /* The text, for free(); NULL only when memory ran out. `list`: the content in braces (in brackets for an
  * array), else the one attribute with its name. An indent below 0 is compact. Any bytes may be in the
  * message. */
-char *blobmsg_format_json_with_cb(struct blob_attr *attr, bool list, blobmsg_json_format_t cb, void *priv,
-                                  int indent);
-/* NOLINTBEGIN(modernize-use-nullptr): C as well */
+char *blobmsg_format_json_indent(struct blob_attr *attr, bool list, int indent);
+
 static inline char *blobmsg_format_json(struct blob_attr *attr, bool list) {
-    return blobmsg_format_json_with_cb(attr, list, NULL, NULL, -1);
+    return blobmsg_format_json_indent(attr, list, -1);
 }
-
-static inline char *blobmsg_format_json_indent(struct blob_attr *attr, bool list, int indent) {
-    return blobmsg_format_json_with_cb(attr, list, NULL, NULL, indent);
-}
-
-/* NOLINTEND(modernize-use-nullptr) */
 
 #endif

@@ -9,17 +9,10 @@
 
 #include "utils.h"
 
-#define prefetch(x)
-
 struct list_head {
     struct list_head *next;
     struct list_head *prev;
 };
-
-#undef LIST_HEAD
-#define LIST_HEAD_INIT(name)                                                                                 \
-    { &(name), &(name) }
-#define LIST_HEAD(name) struct list_head name = LIST_HEAD_INIT(name)
 
 static inline void INIT_LIST_HEAD(struct list_head *list) {
     list->next = list->prev = list;
@@ -37,11 +30,6 @@ static inline void list_add_tail(struct list_head *node, struct list_head *head)
     head->prev = node;
 }
 
-/* Puts the node behind `head`: at the start of the list. */
-static inline void list_add(struct list_head *node, struct list_head *head) {
-    list_add_tail(node, head->next);
-}
-
 static inline void list_del(struct list_head *node) {
     node->next->prev = node->prev;
     node->prev->next = node->next;
@@ -56,9 +44,5 @@ static inline void list_del_init(struct list_head *node) {
 #define list_entry(pointer, type, member) container_of(pointer, type, member)
 #define list_first_entry(head, type, member) list_entry((head)->next, type, member)
 #define list_for_each(pos, head) for ((pos) = (head)->next; (pos) != (head); (pos) = (pos)->next)
-/* The same while `pos` may leave the list. */
-#define list_for_each_safe(pos, following, head)                                                             \
-    for ((pos) = (head)->next, (following) = (pos)->next; (pos) != (head);                                   \
-         (pos) = (following), (following) = (pos)->next)
 
 #endif

@@ -13,7 +13,8 @@ namespace moving_clock {
 
 using Millis = int64_t;
 
-// Sets the time of day, which starts at 2024-05-01 08:00:00 UTC; the monotonic clock goes on from where it is.
+// Sets the time of day, which starts at 2024-05-01 08:00:00 UTC; the monotonic clock goes on from where it
+// is.
 void set(time_t seconds);
 void advance(Millis millis);
 

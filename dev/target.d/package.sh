@@ -61,4 +61,12 @@ check_packages() {
 }
 
 # In the sandbox /usr/bin holds the programs of the package, and the device's files are where qemu looks first.
-start_
+start_package() {
+    local root version
+    root=$(mktemp -d "$work/home.XXXXXX")
+    unpack "$root"
+    version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+    QEMU_LD_PREFIX=$root "$here/arm" "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
+        python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
+    rm -rf "$root"
+}

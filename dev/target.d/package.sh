@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # The packages, checked as the distribution's feed would, and the daemon started from them.
-: "${repo:?}" "${work:?}" "${build:?}" "${device:?}" "${here:?}"
+: "${repo:?}" "${work:?}" "${build:?}" "${device:?}"
 packaging=$repo/packaging
 packages=$work/packages
 architecture=aarch64_generic
@@ -66,7 +66,7 @@ start_package() {
     root=$(mktemp -d "$work/home.XXXXXX")
     unpack "$root"
     version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
-    QEMU_LD_PREFIX=$root "$here/arm" "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
+    QEMU_LD_PREFIX=$root "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
         python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
     rm -rf "$root"
 }

@@ -12,16 +12,15 @@ from row import Row
 
 STARTS = 9
 STATIONS = 128
+SIZE = "size of "
 BUDGETS = pathlib.Path(__file__).with_name("budgets.json")
 
 
-def sizes(rig, budgets, installed):
-    """A row for each file that has a budget."""
-    for name in budgets:
-        if name.endswith(": size"):
-            file = name.removesuffix(": size")
-            path = next(path for path in (installed / "usr/bin" / file, installed / "usr/lib" / file) if path.exists())
-            yield name, "KiB", path.stat().st_size / 1024
+def sizes(rig, installed, names):
+    for name in names:
+        file = name.removeprefix(SIZE)
+        path = next(path for path in (installed / "usr/bin" / file, installed / "usr/lib" / file) if path.exists())
+        yield name, "KiB", path.stat().st_size / 1024
 
 
 def fill_home(rig):
@@ -41,7 +40,7 @@ def work(rig):
     rigs.wait_until("a request over HTTPS", lambda: rig.requests("check-upgrade"))
 
 
-def footprint(rig, budgets, installed):
+def footprint(rig, *_):
     rig.start_broker()
     held = Footprint(rig.start_daemon())
     rig.wait_online(60)
@@ -50,7 +49,7 @@ def footprint(rig, budgets, installed):
     yield "wake-ups", "a minute", held.wake_ups()
     work(rig)
     yield "memory after work", "KiB", held.anonymous_at_rest()
-    yield "stack touched", "KiB", held.deepest_stack()
+    yield "deepest stack", "KiB", held.deepest_stack()
     rig.stop("qvtkd")
     rig.stop("broker")
 
@@ -68,24 +67,27 @@ def start_once(rig, fifo):
     return taken
 
 
-def start(rig, budgets, installed):
+def start(rig, *_):
     fifo = rig.home / "started"
     os.mkfifo(fifo)
     yield "exec to start_sdk", "call", statistics.median(start_once(rig, fifo) for _ in range(STARTS))
 
 
 def measure(rig, wanted, say, installed, platform):
-    """The rows of the daemon whose name is wanted, against the platform's budgets. The rig's router and cloud run."""
+    """The daemon's rows that are wanted, against the platform's budgets. The rig's router and cloud run."""
     budgets = json.loads(BUDGETS.read_text())[platform]
+    kinds = {sizes: [name for name in budgets if name.startswith(SIZE)], start: ["exec to start_sdk"],
+             footprint: ["memory at rest", "threads", "wake-ups", "memory after work", "deepest stack"]}
     rows = []
-    for kind in (sizes, start, footprint):
-        title = f"daemon: {kind.__name__}"
-        if not wanted(title):
+    for kind, names in kinds.items():
+        names = [name for name in names if wanted(f"daemon: {name}")]
+        if not names:
             continue
-        say(title)
+        say(f"daemon: {', '.join(names)}")
         try:
-            for name, unit, value in kind(rig, budgets, installed):
-                rows.append(Row(f"{title}/{name}", unit, value, goal=budgets.get(name)))
+            for name, unit, value in kind(rig, installed, names):
+                if name in names:
+                    rows.append(Row(f"daemon: {name}", unit, value, goal=budgets.get(name)))
         except (rigs.Failed, OSError, StopIteration) as error:
-            rows.append(Row(title, failed=str(error)))
+            rows.append(Row(f"daemon: {kind.__name__}", failed=repr(error)))
     return rows

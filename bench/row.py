@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """One line of the table."""
 import dataclasses
+import pathlib
+import platform
+import re
 
 
 def duration(seconds):
@@ -18,12 +21,14 @@ UNITS = {
     "datagram": lambda value, amount: rate(amount, value),
     "byte": lambda value, amount: f"{amount / value / 2 ** 20:.0f} MiB/s",
     "KiB": lambda value, amount: f"{value:.0f} KiB",
+    "count": lambda value, amount: f"{value:.0f}",
+    "a minute": lambda value, amount: f"{value:.0f} a minute",
 }
 
 
 @dataclasses.dataclass
 class Row:
-    """`measured` and `bare` are seconds for the `amount`, or, of "KiB", a size; the less the better. Without a thing
+    """`measured` and `bare` are seconds for the `amount`, or, of the last three units, just a number; the less the better. Without a thing
     to compare with, the goal is a bound of the measured value itself."""
     name: str
     unit: str = "call"
@@ -53,3 +58,19 @@ class Row:
         return (self.name, show(self.measured, self.amount), self.compared_with or "-",
                 "-" if self.bare is None else show(self.bare, self.amount),
                 "-" if self.ratio is None else f"{self.ratio:.2f}", goal, verdict)
+
+
+def machine():
+    model = re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)
+    cores = len(re.findall(r"^processor\s*:", pathlib.Path("/proc/cpuinfo").read_text(), re.M))
+    return f"{model.group(1) if model else platform.machine()}, {cores} processors, Linux {platform.release()}"
+
+
+def print_table(rows):
+    cells = [("measurement", "measured", "compared with", "theirs", "ratio", "goal", "verdict")]
+    cells += [row.cells() for row in rows]
+    widths = [max(len(line[column]) for line in cells) for column in range(len(cells[0]))]
+    for number, line in enumerate(cells):
+        print("  ".join(text.ljust(width) for text, width in zip(line, widths)).rstrip())
+        if number == 0:
+            print("  ".join("-" * width for width in widths))

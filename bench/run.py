@@ -4,7 +4,6 @@
 FILTER is a regular expression that a measurement's name must contain. Progress goes to standard error."""
 import json
 import pathlib
-import platform
 import re
 import statistics
 import subprocess
@@ -15,7 +14,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "dev/lib")]
 import daemon  # noqa: E402
 import rig as rigs  # noqa: E402
-from row import Row  # noqa: E402
+from row import Row, machine, print_table  # noqa: E402
 
 REPETITIONS = 9
 SECONDS = 0.2  # of the agent's turns in each repetition
@@ -53,24 +52,6 @@ def run_function(program, name):
                amount=runs[0]["amount"])
 
 
-def machine():
-    model = re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)
-    cores = len(re.findall(r"^processor\s*:", pathlib.Path("/proc/cpuinfo").read_text(), re.M))
-    return f"{model.group(1) if model else platform.machine()}, {cores} processors, Linux {platform.release()}"
-
-
-def print_table(rows):
-    cells = [("measurement", "measured", "compared with", "theirs", "ratio", "goal", "verdict")]
-    cells += [row.cells() for row in rows]
-    widths = [max(len(line[column]) for line in cells) for column in range(len(cells[0]))]
-    for number, line in enumerate(cells):
-        print("  ".join(text.ljust(width) for text, width in zip(line, widths)).rstrip())
-        if number == 0:
-            print("  ".join("-" * width for width in widths))
-    print(f"\n{machine()}. Medians of {REPETITIONS} repetitions of {SECONDS} s, both sides in turns; of the daemon, of "
-          f"{daemon.STARTS} starts.")
-
-
 def main():
     build, pattern = pathlib.Path(sys.argv[1]), re.compile(sys.argv[2] if len(sys.argv) > 2 else "")
     rig = rigs.Rig(build)
@@ -79,13 +60,15 @@ def main():
         rig.start_router()
         rig.start_cloud("--home", HERE.parent / "sim/router/home.json")
         rows += run_functions(rig, pattern.search)
-        rows += daemon.measure(rig, pattern.search, say)
+        rows += daemon.measure(rig, pattern.search, say, build / "installed", "host")
     finally:
         rig.stop_all()
     if not rows:
         say(f"nothing is called {pattern.pattern}")
         return 2
     print_table(rows)
+    print(f"\n{machine()}. Medians of {REPETITIONS} repetitions of {SECONDS} s, both sides in turns; of the daemon's start, "
+          f"of {daemon.STARTS}.")
     return 1 if any(row.missed() for row in rows) else 0
 
 

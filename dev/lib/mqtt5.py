@@ -97,7 +97,7 @@ class Connection:
 
     def drain(self, timeout):
         """Everything that the broker had to say up to now, the retained messages of new subscriptions included."""
-        self.subscribe([f"nothing/{secrets.token_hex(8)}"], timeout)  # answered after what came before it
+        self.subscribe([f"reply/{secrets.token_hex(8)}"], timeout)  # answered after what came before it
         messages = []
         while not self.arrived.empty():
             messages.append(self.taken(self.arrived.get()))

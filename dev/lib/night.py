@@ -1,28 +1,21 @@
 # SPDX-License-Identifier: Apache-2.0
 """The end of a day and the night after it, on a device whose clock is set by libfaketime."""
 import calendar
-import ctypes
 import json
 import pathlib
+import subprocess
 import time
 
 from rig import Failed, wait_until
 
 DAY_FILE = pathlib.Path("/aptmp/runTime_oneDay.log")
 NIGHT = calendar.timegm((2026, 11, 23, 2, 0, 0))
-WINDOW = range(7200, 7200 + 14400)  # seconds of the day in which the report point lies
 
 
-def night_second():
+def night_second(rig):
     """A second of a night at which a daemon started then, whose clock stands still, finds its report due: the report
-    point is drawn from the time at which it starts."""
-    libc = ctypes.CDLL("libc.so.6")
-    for second in (NIGHT + day * 86400 + at for day in range(30) for at in range(14400)):
-        seed = ctypes.c_uint(second)
-        point = WINDOW.start + libc.rand_r(ctypes.byref(seed)) % len(WINDOW)
-        if point < second % 86400 <= point + 4:
-            return second
-    raise Failed("no night has such a second")
+    point is drawn from the time at which it starts, by the C library that it runs on."""
+    return int(subprocess.run([rig.build / "sim/night/due_second", str(NIGHT)], stdout=subprocess.PIPE, check=True).stdout)
 
 
 def start_at(rig, clock):
@@ -39,7 +32,7 @@ def play(rig):
     rig.stop("qvtkd")
 
     print("[night] the totals are reported at night ...", end=" ", flush=True)
-    start_at(rig, time.strftime("%Y-%m-%d %H:%M:%S", time.gmtime(night_second())))  # and stands still
+    start_at(rig, time.strftime("%Y-%m-%d %H:%M:%S", time.gmtime(night_second(rig))))  # and stands still
     report = wait_until("the report", lambda: rig.requests("report-runtime"))[0]
     found = json.loads(report["body"])["runtimeList"]
     if report["verdict"] != "ok" or found != clients:

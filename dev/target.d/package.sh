@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # The packages, checked as the distribution's feed would, and the daemon started from them.
-: "${repo:?}" "${work:?}" "${build:?}" "${device:?}" "${here:?}"
+: "${repo:?}" "${work:?}" "${build:?}" "${device:?}"
 packaging=$repo/packaging
 packages=$work/packages
 architecture=aarch64_generic
@@ -61,4 +61,12 @@ check_packages() {
 }
 
 # In the sandbox /usr/bin holds the programs of the package, and the device's files are where qemu looks first.
-start_
+start_package() {
+    local root version
+    root=$(mktemp -d "$work/home.XXXXXX")
+    unpack "$root"
+    version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+    QEMU_LD_PREFIX=$root "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
+        python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
+    rm -rf "$root"
+}

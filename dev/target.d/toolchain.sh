@@ -51,7 +51,7 @@ cxx_library() { # TOOLS SCRATCH
     local tools=$1 gcc=$2/gcc cross=$1/bin/aarch64-linux-musl-
     dpkg -x "$2"/gcc-12-source_*.deb "$2/gcc-source"
     mkdir -p "$gcc" "$2/libstdc++"
-    tar xf "$2"/gcc-source/usr/src/gcc-12/gcc-12*.tar.xz -C "$gcc" --strip-components=1 --wildcards \
+    tar --no-same-owner -xf "$2"/gcc-source/usr/src/gcc-12/gcc-12*.tar.xz -C "$gcc" --strip-components=1 --wildcards \
         --no-wildcards-match-slash '*/config*' '*/*.sh' '*/*-sh' '*/mkinstalldirs' '*/missing' '*/depcomp' '*/*.am' \
         '*/compile' '*/lt*' '*/mk*' '*/libtool*' '*/libstdc++-v3' '*/libgcc' '*/libiberty' '*/include' \
         '*/gcc/BASE-VER' '*/gcc/DATESTAMP' '*/gcc/DEV-PHASE'

@@ -31,6 +31,7 @@ while read -r file; do
     [[ $headers = *GNU_RELRO* && $dynamic = *BIND_NOW* ]] || bad "leaves its tables writable"
     [[ $headers =~ GNU_STACK[^$'\n']*" RW " ]] || bad "has an executable stack"
     [[ $symbols = *__stack_chk_fail* ]] || bad "does not guard its stack"
+    [[ $symbols != *_PRIVATE* ]] || bad "uses what a library keeps for itself"
     while read -r needed; do
         [ -e "$device/usr/lib/$needed" ] || [ -e "$staged/usr/lib/$needed" ] || bad "needs $needed"
     done < <(sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p' <<<"$dynamic")

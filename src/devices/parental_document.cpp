@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/parental_document.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
+#include "devices/parental_formats.h"
 
 namespace {
-
-// The order in the document is not that of the daemon's numbers.
-struct AppKind {
-    const char *key;
-    int apptype;
-};
-constexpr AppKind APP_KINDS[] = {
-    {"ParentalGameControl", 1},   {"ParentalPayControl", 3},   {"ParentalShopControl", 5},
-    {"ParentalSocialControl", 2}, {"ParentalVideoControl", 4}, {"ParentalInstallControl", 6},
-};
 
 bool is_missing(const char *mac, LogSite site = LogSite::here()) {
     if (mac && mac[0] != '\0') return false;
@@ -59,30 +48,16 @@ JsonRoot switched_text(json_object *rule, const char *name) {
     return shown;
 }
 
-Text<8> with_colon(const char *time) {
-    unsigned hours = 0, minutes = 0;
-    sscanf(time, "%2u%2u", &hours, &minutes);
-    return format_text<8>("%02u:%02u", hours, minutes);
-}
-
-void get_report_week(const char *week, int (&days)[7]) {
-    for (int &day : days)
-        day = 0;
-    if (week[0] == '0') days[6] = 1;
-    for (; *week != '\0'; week++)
-        if (*week >= '1' && *week <= '6') days[*week - '1'] = 1;
-}
-
 JsonRoot time_rule(json_object *rule) {
     JsonRoot shown(json_object_new_object()), days(json_object_new_array());
     if (!shown || !days) return nullptr;
-    int week[7];
+    int32_t week[WEEK_DAYS] = {};
     get_report_week(_json_get_str(rule, "week"), week);
-    for (int day : week)
+    for (const int32_t day : week)
         json_object_array_add(days.get(), json_object_new_int(day));
-    const Text<8> start = with_colon(_json_get_str(rule, "timestart"));
-    const Text<8> end = with_colon(_json_get_str(rule, "timeend"));
-    JsonSetStr(shown.get(), nullptr, "timeFrame", format_text<16>("%s-%s", start.text, end.text).text);
+    char frame[TIME_FRAME_SIZE] = ""; // stays so when the daemon's times are none
+    join_timeFrame(_json_get_str(rule, "timestart"), _json_get_str(rule, "timeend"), frame);
+    JsonSetStr(shown.get(), nullptr, "timeFrame", frame);
     json_object_object_add(shown.get(), "daysOfWeek", days.release());
     JsonSetBool(shown.get(), nullptr, "open", _json_get_int(rule, "enable") != 0);
     return shown;

@@ -7,7 +7,7 @@
 namespace bench {
 
 void add_property_gets(); // every row of the property table that can be read
-void add_station_poll();  // 128 client devices
+void add_many_stations(); // 128 client devices
 void add_upgrade_check();
 void add_relay();
 void add_log();

@@ -22,7 +22,7 @@ int main(int count, char **words) {
     load_upgrade_request();
 
     bench::add_property_gets();
-    bench::add_station_poll();
+    bench::add_many_stations();
     bench::add_upgrade_check();
     bench::add_relay();
     bench::add_log();

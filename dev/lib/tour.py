@@ -127,15 +127,33 @@ def relay(rig, watch):
     expect("the relay's name", rig.router("vrop.wifi.2.apclient")["ssid"], "Upstairs")
 
 
-@step("a restart and an LED schedule are set")
-def schedules(rig, watch):
+def set_schedules(rig, on):
     days = [1, 1, 1, 1, 1, 0, 0]
-    rig.set("timeReboot", [{"daysOfWeek": days, "time": "03:30", "open": True}])
-    rig.set("timeLed", [{"daysOfWeek": days, "timeFrame": "22:30-06:00", "open": True}])
-    wait_until("the restart schedule", lambda: rig.get("timeReboot") == [
-        {"daysOfWeek": days, "time": "03:30", "open": True}])
-    wait_until("the LED schedule", lambda: rig.get("timeLed") == [
-        {"daysOfWeek": days, "timeFrame": "22:30-06:00", "open": True}])
+    restart = [{"daysOfWeek": days, "time": "03:30", "open": on}]
+    leds = [{"daysOfWeek": days, "timeFrame": "22:30-06:00", "open": on}]
+    rig.set("timeReboot", restart)
+    rig.set("timeLed", leds)
+    wait_until("the restart schedule", lambda: rig.get("timeReboot") == restart)
+    wait_until("the LED schedule", lambda: rig.get("timeLed") == leds)
+
+
+def elapse_until(rig, hour, minute):
+    """The router's clock goes on to that time of day."""
+    now = rig.bus("sim", "state", {"pointer": "/sim/time"})[1]["value"]
+    rig.bus("sim", "elapse", {"seconds": (hour * 3600 + minute * 60 - now) % 86400})
+
+
+@step("a restart and an LED schedule are set, and the router keeps to them")
+def schedules(rig, watch):
+    set_schedules(rig, True)
+    elapse_until(rig, 22, 31)
+    expect("the LEDs at night", rig.get("ledStatus"), "off")
+    elapse_until(rig, 3, 31)
+    wait_until("the restart", lambda: (rig.bus("vrop.homewebinfo", "get", check=False)[1] or {})
+               .get("vrop.homewebinfo", {}).get("uptime", 3600) < 3600)
+    elapse_until(rig, 6, 1)
+    expect("the LEDs in the morning", rig.get("ledStatus"), "on")
+    set_schedules(rig, False)
 
 
 @step("the guest network is opened for a time, and closes by itself")
@@ -199,6 +217,29 @@ def upgrade_through_sdk(rig, watch):
     upgrade.wait(rigs.LIMIT)
     rig.restart_into("V1.2.0")
     wait_until("the report after the restart", lambda: reports(rig)[-1:] == [("V1.2.0", 120)])
+
+
+@step("a program asks for all client devices, and the cloud is told of them")
+def devices_event(rig, watch):
+    rig.local_event({"action": "allDevicesReport"})
+    event = json.loads(watch.wait("event/allDevicesReport").split("  ")[-1])
+    expect("the devices", [device["mac"] for device in event["apDevices"]],
+           [station["mac"] for station in rig.router("vrop.laninfo", "list")])
+    return f'{len(event["apDevices"])} devices'
+
+
+@step("of several hundred devices 128 are read, with few calls of the router")
+def many_devices(rig, watch):
+    rig.bus("sim", "station", {"mac": "02a0c8000000", "radio": "5G", "count": 300})
+    rig.bus("sim", "clearcalls")
+    expect("the devices", len(rig.get("apDevices")), 128)
+    calls = [(call["object"], call["method"]) for call in rig.bus("sim", "calls")[1]["calls"]]
+    of_one = [call for call in calls if call[1] == "getbymac"]
+    lists = [call for call in calls if call[0].startswith(("vrop.laninfo", "vrop.parent", "vrop.firewall"))
+             and call not in of_one]
+    if len(of_one) > 2 * 128 or len(lists) > 6:
+        raise Failed(f"{len(of_one)} calls about one device, {len(lists)} about all")
+    return f"{len(of_one)} calls about one device, {len(lists)} about all"
 
 
 def play(rig):

@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/parental_document.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
+#include "devices/parental_formats.h"
 
 namespace {
-
-// The order in the document is not that of the daemon's numbers.
-struct AppKind {
-    const char *key;
-    int apptype;
-};
-constexpr AppKind APP_KINDS[] = {
-    {"ParentalGameControl", 1},   {"ParentalPayControl", 3},   {"ParentalShopControl", 5},
-    {"ParentalSocialControl", 2}, {"ParentalVideoControl", 4}, {"ParentalInstallControl", 6},
-};
 
 bool is_missing(const char *mac, LogSite site = LogSite::here()) {
     if (mac && mac[0] != '\0') return false;
@@ -26,13 +15,13 @@ bool is_missing(const char *mac, LogSite site = LogSite::here()) {
     return true;
 }
 
-// What the daemon's list "vrop.parent.urlcontrol" or the like says of the device; null when nothing.
-json_object *rule_entry(const char *object, const char *mac, const BusReplies &replies) {
-    return element_of_mac(replies.whole(object, "list"), mac);
+// The daemon's entry of the device's rules; null when it has none.
+json_object *url_entry(const char *mac, const BusReplies &replies) {
+    return element_of_mac(replies.whole("vrop.parent.urlcontrol", "list"), mac);
 }
 
-json_object *url_entry(const char *mac, const BusReplies &replies) {
-    return rule_entry("vrop.parent.urlcontrol", mac, replies);
+json_object *time_entry(const char *mac, const BusReplies &replies) {
+    return element_of_mac(replies.whole("vrop.parent.timecontrol", "list"), mac);
 }
 
 // An array of what `make` makes of each rule that it does not pass over with null.
@@ -59,30 +48,16 @@ JsonRoot switched_text(json_object *rule, const char *name) {
     return shown;
 }
 
-Text<8> with_colon(const char *time) {
-    unsigned hours = 0, minutes = 0;
-    sscanf(time, "%2u%2u", &hours, &minutes);
-    return format_text<8>("%02u:%02u", hours, minutes);
-}
-
-void get_report_week(const char *week, int (&days)[7]) {
-    for (int &day : days)
-        day = 0;
-    if (week[0] == '0') days[6] = 1;
-    for (; *week != '\0'; week++)
-        if (*week >= '1' && *week <= '6') days[*week - '1'] = 1;
-}
-
 JsonRoot time_rule(json_object *rule) {
     JsonRoot shown(json_object_new_object()), days(json_object_new_array());
     if (!shown || !days) return nullptr;
-    int week[7];
+    int32_t week[WEEK_DAYS] = {};
     get_report_week(_json_get_str(rule, "week"), week);
-    for (int day : week)
+    for (const int32_t day : week)
         json_object_array_add(days.get(), json_object_new_int(day));
-    const Text<8> start = with_colon(_json_get_str(rule, "timestart"));
-    const Text<8> end = with_colon(_json_get_str(rule, "timeend"));
-    JsonSetStr(shown.get(), nullptr, "timeFrame", format_text<16>("%s-%s", start.text, end.text).text);
+    char frame[TIME_FRAME_SIZE] = ""; // stays so when the daemon's times are none
+    join_timeFrame(_json_get_str(rule, "timestart"), _json_get_str(rule, "timeend"), frame);
+    JsonSetStr(shown.get(), nullptr, "timeFrame", frame);
     json_object_object_add(shown.get(), "daysOfWeek", days.release());
     JsonSetBool(shown.get(), nullptr, "open", _json_get_int(rule, "enable") != 0);
     return shown;
@@ -92,47 +67,62 @@ size_t length_of(const JsonRoot &list) {
     return list ? json_object_array_length(list.get()) : 0;
 }
 
-void set_policy(json_object *control, const char *mac, const BusReplies &replies) {
-    const char *type = _json_get_str(url_entry(mac, replies), "filterType");
+JsonRoot site_list(json_object *entry) {
+    return list_of(entry, [](json_object *rule) {
+        return JsonRoot(is_plain_url(rule) ? json_object_new_string(JsonGetStr(rule, "url")) : nullptr);
+    });
+}
+
+JsonRoot url_list(json_object *entry) {
+    return list_of(
+        entry, [](json_object *rule) { return is_plain_url(rule) ? switched_text(rule, "url") : nullptr; });
+}
+
+JsonRoot app_list(json_object *entry, int apptype) {
+    return list_of(entry, [apptype](json_object *rule) {
+        return _json_get_int(rule, "apptype") == apptype ? switched_text(rule, "appname") : nullptr;
+    });
+}
+
+void set_policy(json_object *control, json_object *entry) {
+    const char *type = _json_get_str(entry, "filterType");
     LOG("controlPolicy:%s", type);
     if (strcmp(type, "black") == 0) JsonSetInt64(control, nullptr, "controlPolicy", 0);
     if (strcmp(type, "white") == 0) JsonSetInt64(control, nullptr, "controlPolicy", 1);
 }
 
-void add_web_list(json_object *control, const char *name, JsonRoot list) {
-    if (!list)
-        LOG("parent URL list is NULL");
-    else if (length_of(list) > 0)
-        json_object_object_add(control, name, list.release());
+void add_web_list(json_object *control, const char *name, JsonRoot list, json_object *entry) {
+    if (!list) LOG("parent URL list is NULL");
+    if (length_of(list) == 0) return;
+    json_object_object_add(control, name, list.release());
+    set_policy(control, entry);
 }
 
-void add_time_control(json_object *device, const char *mac, const BusReplies &replies) {
-    JsonRoot rules = get_parentalTimeList(mac, replies);
+void add_time_control(json_object *device, json_object *entry) {
+    JsonRoot rules = list_of(entry, time_rule);
     LOG("time_cnt:%d", static_cast<int>(length_of(rules)));
     if (!rules) LOG("parent time list is NULL");
     if (length_of(rules) > 0) json_object_object_add(device, "parentalTimeControl", rules.release());
 }
 
-bool add_web_control(json_object *device, const char *mac, const BusReplies &replies) {
+bool add_web_control(json_object *device, json_object *entry) {
     JsonRoot control(json_object_new_object());
     if (!control) {
         LOG("create parentalWebControl object fail");
         return false;
     }
-    JsonRoot urls = get_parentalNewWebList(mac, replies);
+    JsonRoot urls = url_list(entry);
     LOG("url_cnt:%d", static_cast<int>(length_of(urls)));
-    add_web_list(control.get(), "sites", get_parentalWebList(mac, replies));
-    if (json_object_object_length(control.get()) > 0) set_policy(control.get(), mac, replies);
-    add_web_list(control.get(), "urls", std::move(urls));
-    if (json_object_object_length(control.get()) == 0) return true;
-    set_policy(control.get(), mac, replies);
-    json_object_object_add(device, "parentalWebControl", control.release());
+    add_web_list(control.get(), "sites", site_list(entry), entry);
+    add_web_list(control.get(), "urls", std::move(urls), entry);
+    if (json_object_object_length(control.get()) > 0)
+        json_object_object_add(device, "parentalWebControl", control.release());
     return true;
 }
 
-bool add_app_control(json_object *device, const AppKind &kind, const char *mac, const BusReplies &replies) {
+bool add_app_control(json_object *device, const AppKind &kind, json_object *entry) {
     JsonRoot control(json_object_new_object());
-    JsonRoot rules = get_app_controllist(mac, kind.apptype, replies);
+    JsonRoot rules = app_list(entry, kind.apptype);
     if (!control || !rules) {
         LOG("create %s object fail", kind.key);
         return false;
@@ -144,35 +134,26 @@ bool add_app_control(json_object *device, const AppKind &kind, const char *mac, 
 } // namespace
 
 JsonRoot get_parentalTimeList(const char *mac, const BusReplies &replies) {
-    if (is_missing(mac)) return nullptr;
-    return list_of(rule_entry("vrop.parent.timecontrol", mac, replies), time_rule);
+    return is_missing(mac) ? nullptr : list_of(time_entry(mac, replies), time_rule);
 }
 
 JsonRoot get_parentalWebList(const char *mac, const BusReplies &replies) {
-    if (is_missing(mac)) return nullptr;
-    return list_of(url_entry(mac, replies), [](json_object *rule) {
-        return JsonRoot(is_plain_url(rule) ? json_object_new_string(JsonGetStr(rule, "url")) : nullptr);
-    });
+    return is_missing(mac) ? nullptr : site_list(url_entry(mac, replies));
 }
 
 JsonRoot get_parentalNewWebList(const char *mac, const BusReplies &replies) {
-    if (is_missing(mac)) return nullptr;
-    return list_of(url_entry(mac, replies), [](json_object *rule) {
-        return is_plain_url(rule) ? switched_text(rule, "url") : nullptr;
-    });
+    return is_missing(mac) ? nullptr : url_list(url_entry(mac, replies));
 }
 
 JsonRoot get_app_controllist(const char *mac, int apptype, const BusReplies &replies) {
-    if (is_missing(mac)) return nullptr;
-    return list_of(url_entry(mac, replies), [apptype](json_object *rule) {
-        return _json_get_int(rule, "apptype") == apptype ? switched_text(rule, "appname") : nullptr;
-    });
+    return is_missing(mac) ? nullptr : app_list(url_entry(mac, replies), apptype);
 }
 
 bool add_parental_rules(json_object *device, const char *mac, const BusReplies &replies) {
-    add_time_control(device, mac, replies);
-    if (!add_web_control(device, mac, replies)) return false;
+    add_time_control(device, time_entry(mac, replies));
+    json_object *rules = url_entry(mac, replies);
+    if (!add_web_control(device, rules)) return false;
     for (const AppKind &kind : APP_KINDS)
-        if (!add_app_control(device, kind, mac, replies)) return false;
+        if (!add_app_control(device, kind, rules)) return false;
     return true;
 }

@@ -2,6 +2,7 @@
 #include "devices/runtime_file.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -72,11 +73,14 @@ void log_replacement(RuntimeUpdate result, LogSite site) {
 bool is_entry_of(json_object *entry, const char *mac) {
     const char *own = JsonGetStr(entry, "mac");
     if (!own) return false;
-    std::string stored(own), capitals(mac);
-    lowercasestr_capitalstr(capitals.data());
-    std::erase(stored, ':');
-    std::erase(capitals, ':');
-    return !capitals.empty() && stored == capitals;
+    bool any = false;
+    for (;; own++, mac++, any = true) { // asked for every pair of a document's devices and the file's
+        own += strspn(own, ":");
+        mac += strspn(mac, ":");
+        const bool small = *mac >= 'a' && *mac <= 'z';
+        if (*own != (small ? *mac - 'a' + 'A' : *mac)) return false;
+        if (*own == '\0') return any;
+    }
 }
 
 int64_t entry_runtime(json_object *entry) {

@@ -67,7 +67,7 @@ int set(const std::string &name, const std::string &request, const char *context
     const JsonRoot root(json_tokener_parse(request.c_str()));
     json_object *list = nullptr;
     json_object_object_get_ex(root.get(), name.c_str(), &list);
-    if (result == 0 && json_object_is_type(list, json_type_array))
+    if (result == 0 && name.starts_with("time") && json_object_is_type(list, json_type_array))
         moving_clock::wait_for_pauses(before +
                                       std::min<size_t>(json_object_array_length(list), SCHEDULE_ENTRIES));
     return result;

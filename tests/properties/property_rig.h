@@ -32,10 +32,12 @@ class PropertyRig : public RouterRig {
     EventCatcher relay{128};
 };
 
-// A patch that gives both schedules an entry, so that their documents have members.
+// A patch that gives both schedules an entry, so that their documents have members, and leaves one client
+// device.
 inline constexpr char WITH_TASKS[] =
     R"({"vrop.timer":[{"action":"ToReboot","taskid":1,"timeoffset":60,"enable":1,"week":3},)"
-    R"({"action":"ToLedMode","taskid":2,"timeoffset":60,"timeoffset2":90,"enable":1,"week":3}]})";
+    R"({"action":"ToLedMode","taskid":2,"timeoffset":60,"timeoffset2":90,"enable":1,"week":3}],)"
+    R"("vrop.laninfo":[{"mac":"02a0c9000003","devname":"Phone","active":1,"radio":"5G","limitrateswitch":0}]})";
 
 // The rows of the property table that have something in a slot.
 template <class Slot>

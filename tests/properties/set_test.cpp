@@ -237,6 +237,12 @@ const std::vector<SetCase> CASES = {
      {"timeStart:1234567 timeEnd:1234567", "timeStart:1 timeEnd:2-3", "timeStart: timeEnd:", "Json time frame  format is wrong"}},
     {"timeLed", R"([{"timeFrame":"0123456789012345678901234567890-1"}])", -1, {}, {"Json time frame  format is wrong"}},
     {"timeLed", R"([{"open":1}])", -1, {}, {"Json Get time frame fail"}},
+    {"apDevices", R"([{"mac":"02a0c9000003","operationType":1,"name":"Anna"}])", 0,
+     {R"(vrop.laninfo.sta getbymac {"mac":"02a0c9000003"})", R"(vrop.laninfo.sta set {"mac":"02a0c9000003","devname":"Anna"})"},
+     {"modify name"},
+     R"([{"mac":"02a0c9000003","parentalEnable":false,"name":"Anna","onlineStatus":1,"joinWay":2,"guestEnable":false,)"
+     R"("blackEnable":false,"limitSpeed":{"open":false},"parentFlag":0,"timeControlEnable":false,"webControlEnable":false,)"
+     R"("onlineNotice":true}])", WITH_TASKS},
     {"hcdn", R"({"samba":true,"open":1})", 0, restarted({R"(vrop.ecm set {"hcdn_open":1,"samba":1})"}), {},
      R"({"enable":true,"open":true,"samba":true,"inMemory":false,"outMemory":false,"usb":true,"path":"/mnt/usb0",)"
      R"("natType":0,"upnp":false,"registered":false})"},

@@ -175,6 +175,12 @@ class Rig:
     def set(self, name, value):
         self.cloud("set", name, json.dumps({name: value}))
 
+    def call(self, name, request=None):
+        """The answer of a service as (code, data)."""
+        words = [json.dumps(request)] if request is not None else []
+        answer = json.loads(self.cloud("call", name, *words, check=False)[1])
+        return answer["code"], answer["data"]
+
     def bus(self, target, method, arguments=None, check=True):
         """(exit status, reply) of one call on the router's bus."""
         command = [self.build / "platform/ubus/buscall", "-s", BUS, "call", target, method]

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The demo's tour: what an operator does with a router, each step checked on the router's side."""
+import base64
 import json
 import time
 
@@ -180,6 +181,65 @@ def switches(rig, watch):
     radio["channel"] = 11 if radio["channel"] != 11 else 6
     rig.set("wifi2gSeniorInfo", radio)
     expect("the channel", rig.router("vrop.webwifi1adv")["channel"], radio["channel"])
+
+
+@step("the password is changed; the old one is refused from then on")
+def password_changed(rig, watch):
+    change = {"user": "admin", "oldPwd": "admin123", "newPwd": "new-\"secret\""}
+    expect("the answer", rig.call("updatePwd", change), (200, {}))
+    expect("the answer with the old password", rig.call("updatePwd", change)[0], 402)
+    kept = base64.b64decode(rig.bus("vrop.devinfo", "getaccount")[1]["vrop.devinfo"]["passwd"]).decode()
+    expect("the password kept", kept, change["newPwd"])
+
+
+@step("a crowded channel disturbs the Wi-Fi, another one does not")
+def interference(rig, watch):
+    radio = rig.get("wifi2gSeniorInfo")
+    for channel, disturbed in ((11, True), (13, False)):
+        rig.set("wifi2gSeniorInfo", {**radio, "channel": channel})
+        expect(f"interference on channel {channel}", rig.call("checkInterference", {"wifiSignal": 1}),
+               (200, {"interference": disturbed}))
+    return f'noise {rig.call("wirelessInterference", {"radio": 1})[1]["noise"]} dBm'
+
+
+@step("a download shows in the rates of its device and of the WAN")
+def rates(rig, watch):
+    mac, bytes_per_second = "02a0c9000006", 40 * 1024 * 1024 // 8
+    before = rig.call("monitorSpeed")[1]["downSpeed"]
+    rig.bus("sim", "download", {"mac": mac, "rate": 40})
+    expect("the device's rate", rig.call("apMonitorSpeed", {"mac": mac})[1]["downSpeed"], bytes_per_second)
+    wan = rig.call("monitorSpeed")[1]["downSpeed"]
+    expect("the WAN's rate", wan, before + bytes_per_second)
+    rates = {device["mac"]: device["downSpeed"] for device in rig.call("allApMonitorSpeed")[1]["monitorSpeeds"]}
+    expect("its rate among all", rates[mac], bytes_per_second)
+    rig.bus("sim", "download", {"mac": mac, "rate": 0})
+    best = rig.call("maxMonitorSpeed", {"time": 2})[1]["downSpeed"]
+    expect("a speed was measured", best > 0, True)
+    return f"{wan} bytes/s, {best} in the speed test"
+
+
+@step("a ping reaches a host and does not reach a dead one")
+def pings(rig, watch):
+    expect("a host that lives", rig.call("pingTest", {"times": 1, "testUrl": "ping.example.com"}),
+           (200, {"loss": 0, "relay": "9.334"}))
+    expect("a dead one", rig.call("pingTest", {"times": 0, "testUrl": "dead.example.com"}),
+           (200, {"loss": 100, "relay": ""}))
+    expect("the NAT", rig.call("nat"), (200, {"natType": 3, "upnp": True}))
+
+
+@step("a reboot is answered before the router goes away; the device comes back online")
+def reboot(rig, watch):
+    rig.bus("sim", "setstate", {"pointer": "/sim/boottime", "value": "2000"})
+    expect("the answer", rig.call("reboot"), (200, {}))
+    wait_until("the router to be away", lambda: rig.bus("vrop.ftinfo", "get", check=False)[0] != 0)
+    rig.stop("qvtkd")  # as it ends with the router
+    wait_until("the router to be back", lambda: rig.bus("vrop.ftinfo", "get", check=False)[0] == 0)
+    expect("the uptime started again", rig.router("vrop.homewebinfo")["uptime"] < 60, True)
+    posted = rig.log_count(POSTED_DEVICE_INFO)
+    rig.start_daemon()
+    rig.wait_logged(POSTED_DEVICE_INFO, more_than=posted)
+    expect("the password kept by the reboot", rig.call("updatePwd", {
+        "user": "admin", "oldPwd": "new-\"secret\"", "newPwd": "admin123"}), (200, {}))
 
 
 @step("the client that joined is announced")

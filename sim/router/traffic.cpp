@@ -28,7 +28,7 @@ JsonRoot start_test(World &world, const Request &request) {
 // The share of the line that a test has reached in each tenth of its time, and after it: slow start, then the
 // ups and downs of a line that others use too.
 int percent_reached(int seconds, int time) {
-    constexpr int CURVE[] = {35, 60, 80, 92, 100, 98, 95, 99, 96, 97, 97};
+    constexpr int CURVE[] = {35, 60, 80, 92, 100, 100, 95, 99, 96, 97, 97};
     constexpr int LAST = std::size(CURVE) - 1;
     return CURVE[time <= 0 ? LAST : std::clamp(static_cast<int>(10LL * seconds / time), 0, LAST)];
 }

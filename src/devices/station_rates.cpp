@@ -8,21 +8,27 @@
 #include "devices/device_document.h"
 #include "devices/station.h"
 
-std::vector<StationRates> get_station_rates() {
-    std::vector<StationRates> rates;
+bool read_station_rates(std::vector<StationRates> *rates) {
     JsonRoot root;
     json_object *stations = get_station_array(&root);
-    const size_t listed = stations ? json_object_array_length(stations) : 0;
-    for (size_t i = 0; i < std::min(listed, MOST_DEVICES); i++) {
+    if (!stations) return false;
+    rates->clear();
+    for (size_t i = 0; i < std::min(json_object_array_length(stations), MOST_DEVICES); i++) {
         json_object *station = json_object_array_get_idx(stations, i);
         const char *mac = JsonGetStr(station, "mac");
         if (!mac || mac[0] == '\0') continue;
-        StationRates &added = rates.emplace_back();
+        StationRates &added = rates->emplace_back();
         copy_text(added.mac, mac);
         added.active = _json_get_int(station, "active") > 0;
         copy_text(added.rxrate, JsonGetStr(station, "rxrate"));
         copy_text(added.txrate, JsonGetStr(station, "txrate"));
     }
+    return true;
+}
+
+std::vector<StationRates> get_station_rates() {
+    std::vector<StationRates> rates;
+    read_station_rates(&rates);
     return rates;
 }
 

@@ -11,8 +11,10 @@ struct StationRates {
     char txrate[32];
 };
 
-// Those of the router's first 128 stations that have a MAC, in its order; none when it does not answer, which
-// is logged.
+// Those of the router's first 128 stations that have a MAC, in its order. False when it does not answer,
+// which is logged.
+bool read_station_rates(std::vector<StationRates> *rates);
+// The same; none when it does not answer.
 std::vector<StationRates> get_station_rates();
 
 // How many of them there are; how many are connected now.

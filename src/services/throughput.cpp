@@ -6,10 +6,11 @@
 #include "core/json_path.h"
 #include "core/report_gate.h"
 #include "core/text.h"
+#include "devices/device_document.h"
 #include "properties/field.h"
 #include "properties/rate.h"
+#include "services/lan_rates.h"
 #include "services/service.h"
-#include "services/station_rates.h"
 
 namespace {
 
@@ -63,7 +64,7 @@ ServiceAnswer measure_download(const ServiceRequest &request) {
 ServiceAnswer device_speed(const ServiceRequest &request) {
     char mac[64], body[128];
     copy_text(mac, request_text(request.json, "mac"));
-    const int result = get_one_lanDeviceInfo(mac, DEVICES_MAX, body, sizeof body);
+    const int result = get_one_lanDeviceInfo(mac, static_cast<int>(MOST_DEVICES), body, sizeof body);
     if (result != 0) return answer_failed("{}", result);
     LOG_AT(request.site, "buf:%s", body);
     return answer_with(body);

@@ -26,6 +26,8 @@ TEST_F(SdkTest, TheCloudsToolDrivesADevice) {
         {"get echo --device serial2", 4, "device serial2 is not online"},
         {"list --broker /absent.sock", 4, "no broker at /absent.sock"},
         {"set echo '{'", 2, "not JSON"},
+        {"call reboot '[1]'", 2, "not an object"},
+        {"services", 0, "pingTest              loss in percent"},
         {"get", 2, "number of arguments"},
         {"", 2, "no command"},
         {"list --timeout 0", 2, "above 0"},

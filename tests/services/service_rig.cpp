@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/service_rig.h"
+
+#include <numeric>
+
+#include "binding/tables.h"
+#include "core/report_gate.h"
+
+ServiceRig::ServiceRig(const std::string &patch) : RouterRig(patch) {
+    set_flag = 0;
+}
+
+ServiceRig::~ServiceRig() {
+    moving_clock::on_pause({});
+}
+
+std::string ServiceRig::call(const std::string &service, const char *parameters) {
+    router.clear_calls();
+    recording_sdk::clear_calls();
+    moving_clock::clear_pauses();
+    clear_main_log();
+    for (const service_row &row : service_map) {
+        if (row.name == nullptr || service != row.name) continue;
+        std::string said = std::to_string(row.handler(7, 0xfffffff9, nullptr, nullptr, parameters)) + ":";
+        for (const recording_sdk::Call &answer : recording_sdk::calls_of("TEBRA_SDK_Handle_Response")) {
+            const auto &words = answer.arguments;
+            EXPECT_EQ(words[0] + " " + words[1], "7 4294967289");
+            said += " " + words[2] + " " + words[4] + " " + words[3];
+        }
+        return said;
+    }
+    return "no such row";
+}
+
+std::vector<std::string> ServiceRig::writes() const {
+    std::vector<std::string> lines;
+    for (const router::Call &call : router.calls())
+        if (!call.method.starts_with("get") && call.method != "list")
+            lines.push_back(call.object + " " + call.method + " " + call.arguments);
+    return lines;
+}
+
+double ServiceRig::slept() {
+    const auto pauses = moving_clock::pauses();
+    return static_cast<double>(std::accumulate(pauses.begin(), pauses.end(), moving_clock::Millis{})) / 1000;
+}
+
+void check(const std::vector<ServiceRow> &rows) {
+    for (const ServiceRow &row : rows) {
+        SCOPED_TRACE(std::string(row.service) + " " + (row.parameters ? row.parameters : "(null)"));
+        ServiceRig rig(row.patch);
+        if (!row.fault.object.empty()) rig.router.add_fault(row.fault);
+        EXPECT_EQ(rig.call(row.service, row.parameters), row.answer);
+        const auto writes = rig.writes();
+        if (row.write) {
+            EXPECT_EQ(writes.empty() ? "" : writes.back(), row.write);
+        }
+        if (row.logged) {
+            EXPECT_TRUE(has_logged(row.logged)) << main_log();
+        }
+    }
+}

@@ -150,7 +150,7 @@ TEST(CfgReport, FetchesAnswersAndThenRestores) {
         {"", "exit 0", "-1", 0, "", {"param is NULL"}},
         {"{", "exit 0", "-1", 0, "", {"JsonStr Token fail"}},
         {"{}", "exit 1", "-1 400 {}", 1, "", {"ret:1", "download fail"}},
-        {"[7]", "exit 1", "-1 400 {}", 1, "", {"download fail"}},
+        {"[7]", "exit 1", "-1 400 {}", 0, "", {"param is no object"}},
         {R"({"backupUrl":{}})", "exit 2", "-1 400 {}", 1, "", {"ret:2"}},
         {request.c_str(), KILLED, "-1 400 {}", 1, url, {"ret:-1", "download fail"}},
         {request.c_str(), "exit 0", "0 200 {}", 3, url, {"ret:0"}},
@@ -202,7 +202,7 @@ TEST(RemoteCfgExport, ExportsBeforeItLooksAtItsRequest) {
     const Case cases[] = {
         {nullptr, 0, "-1", {"param is NULL"}},
         {"no", 0, "-1", {"JsonStr Token fail"}},
-        {"[]", 0, R"(-1 400 {"url content":"empty"})", {"url is invalid"}},
+        {"[]", 0, "-1 400 {}", {"param is no object"}},
         {R"({"uploadUrl":null,"url":"x"})", 0, R"(-1 400 {"url content":"empty"})", {"url is invalid"}},
         {R"({"uploadUrl":"","url":"x"})", 0, R"(-1 400 {"url":"failed"})", {"url content is empty"}},
         {request.c_str(), 3, R"(-1 400 {"upload":"failed"})", {"put file failed", "url is http://up/'\";"}},

@@ -181,7 +181,7 @@ class Rig:
     def call(self, name, parameters=None):
         """The answer of a service that succeeds."""
         words = [] if parameters is None else [json.dumps(parameters)]
-        return json.loads(self.cloud("call", name, *words)[1])
+        return json.loads(self.cloud("call", name, *words)[1])["data"]
 
     def bus(self, target, method, arguments=None, check=True):
         """(exit status, reply) of one call on the router's bus."""

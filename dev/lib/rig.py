@@ -94,6 +94,7 @@ class Rig:
         self.build = pathlib.Path(build)
         self.home = pathlib.Path(home)
         self.home.mkdir(parents=True, exist_ok=True)
+        self.uploads = self.home / "uploads"  # what the device has uploaded
         self.processes = {}
         self.environment = {**os.environ, "TEBRA_SDK_BROKER": f"127.0.0.1:{BROKER_PORT}",
                             "TEBRA_SDK_REPORT_SECONDS": "1", **(environment or {})}
@@ -137,8 +138,10 @@ class Rig:
         wait_until("routersim", lambda: self.bus("vrop.ftinfo", "get", check=False)[0] == 0)
 
     def start_cloud(self, *arguments):
+        self.uploads.mkdir(exist_ok=True)
         self.start("cloudsim", [self.build / "sim/cloud/cloudsim", "--port", CLOUD_PORT,
                                 "--control", self.home / "cloudsim.sock", "--log", self.home / "requests.log",
+                                "--store", self.uploads,
                                 *arguments])
         wait_until("cloudsim", lambda: self._accepts(CLOUD_PORT) and (self.home / "cloudsim.sock").exists())
 
@@ -232,6 +235,10 @@ class Rig:
         wait_until(f"the router to run {version}",
                    lambda: (self.bus("vrop.ftinfo", "get", check=False)[1] or {}).get("vrop.ftinfo", {})
                    .get("iswversion") == version)
+        self.restart_daemon()
+
+    def restart_daemon(self):
+        """The agent starts with the router, and comes online again."""
         self.stop("qvtkd")
         self.start_daemon()
         self.wait_online()

@@ -2,6 +2,7 @@
 """The demo's tour: what an operator does with a router, each step checked on the router's side."""
 import base64
 import json
+import pathlib
 import time
 
 import rig as rigs
@@ -245,6 +246,40 @@ def reboot(rig, watch):
 @step("the client that joined is announced")
 def client_announced(rig, watch):
     return watch.wait("event/deviceConnet .*a0b1c2000077", limit=60).split("  ")[-1]
+
+
+def settings(rig):
+    """What a restore has to give back."""
+    return [rig.get(name) for name in ("wifi2gSeniorInfo", "wifi5gSeniorInfo")] + [
+        {key: value for key, value in rig.get("wifiInfo").items() if key != "use2gPwd"},
+        {key: rig.router("vrop.waninfo")[key] for key in ("workmode", "radio")},
+        {key: rig.router("vrop.wifi.2.apclient")[key] for key in ("enable", "ssid", "key", "authmode")}]
+
+
+@step("a backup is uploaded, the router reset to factory state, the backup restored: Wi-Fi and WAN are as before")
+def backup_and_restore(rig, watch):
+    before = settings(rig)
+    expect("the answer", rig.call("tuningBackupCfg"), (200, {}))
+    expect("the upload", rig.requests("upload-config-file")[-1]["verdict"], "ok")
+    name = max(rig.uploads.glob("*.config"), key=lambda path: path.stat().st_mtime).name
+    expect("the answer", rig.call("recovery"), (200, {}))
+    wait_until("the factory state", lambda: (rig.bus("vrop.webwifisimple", "get", check=False)[1] or {})
+               .get("vrop.webwifisimple", {}).get("wifi24ssid") == "Home")
+    rig.restart_daemon()
+    expect("the way after the reset", rig.router("vrop.waninfo")["workmode"], "ROUTE")
+    done = rig.log_count("pthread_exit")
+    expect("the answer", rig.call("cfgReport", {"backupUrl": f"{rigs.CLOUD_URL}/backup/{name}"}), (200, {}))
+    rig.wait_logged("pthread_exit", more_than=done)
+    expect("what came back", settings(rig), before)
+    return name
+
+
+@step("the configuration is exported to the cloud, byte for byte")
+def export(rig, watch):
+    answer = rig.call("remoteCfgExport", {"uploadUrl": f"{rigs.CLOUD_URL}/upload/export.conf", "url": "export.conf"})
+    expect("the answer", answer, (200, {"url": "export.conf"}))
+    expect("what the cloud has", (rig.uploads / "export.conf").read_bytes(),
+           pathlib.Path("/aptmp/cfg_export_config_file.conf").read_bytes())
 
 
 def reports(rig):

@@ -53,6 +53,8 @@ TEST(ParentalFormats, ConvertDaysAndTimes) {
 
 class Parental : public testing::Test {
   protected:
+    // A set's last pause comes behind its last write, which the tests have seen.
+    ~Parental() override { std::lock_guard pushing(parentcontrol_mutex); }
     // Waits until the rule sets are pushed; what has been written since the last time.
     std::vector<std::string> pushed(const std::string &last_write) {
         EXPECT_TRUE(rig.wait_for_write(last_write)) << last_write;
@@ -185,7 +187,7 @@ TEST_F(Parental, ARemovalThatWaitsDoesNotUndoWhatComesAfter) {
     EXPECT_EQ(rig.router.value("/vrop.parent.control/device/1"), "");
 }
 
-TEST_F(Parental, WorkIsBounded) {
+TEST_F(Parental, RulesOfAListAreBounded) {
     std::string rules;
     for (int i = 0; i < 10000; i++)
         rules += (i ? R"(,{"url":"u)" : R"({"url":"u)") + std::to_string(i) + R"("})";
@@ -193,7 +195,9 @@ TEST_F(Parental, WorkIsBounded) {
                   R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[)" + rules + "]}"));
     EXPECT_THAT(pushed(POLICY_BLACK), SizeIs(MOST_RULES + 2));
     EXPECT_TRUE(has_logged("mac:02a0c9000005 10000 rules, the first 64 are taken"));
+}
 
+TEST_F(Parental, WorkThatWaitsIsBounded) {
     std::binary_semaphore go(0);
     moving_clock::on_pause([&](moving_clock::Millis) { go.acquire(); });
     const WebControl one = {TABLET, BLACK, {{"u", 1}}};
@@ -205,8 +209,7 @@ TEST_F(Parental, WorkIsBounded) {
     go.release();
     while (webControl_threadStart(one) != 0)
         std::this_thread::yield();
-    const size_t calls = 1 + 2 * (MOST_WAITING + 1);
-    EXPECT_TRUE(rig.router.wait_for_calls(calls - 1, "vrop.parent.urlcontrol*"));
+    EXPECT_TRUE(rig.router.wait_for_calls(2 * (MOST_WAITING + 1), "vrop.parent.urlcontrol*"));
 }
 
 TEST_F(Parental, WritersRefuseWhatIsMissing) {

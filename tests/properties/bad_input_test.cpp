@@ -20,8 +20,8 @@ Texts broken_texts(const std::string &name, const std::string &document) {
     texts.push_back("[" + document + "]");
     texts.push_back("{\"junk\":\"\xc3\x28\"," + document.substr(1));
     texts.push_back(start + deep + "1" + ends + "}");
-    // an empty schedule is one; the radios send what they are given and leave it to the daemon
-    const char *const list = name.starts_with("time") ? "1" : "[]";
+    // an empty list is one; the radios send what they are given and leave it to the daemon
+    const char *const list = name.starts_with("time") || name == "apDevices" ? "1" : "[]";
     const char *const text = name == "ledStatus" ? "1" : R"("text")";
     const char *const object = name.ends_with("SeniorInfo") ? "1" : R"({"x":{}})";
     for (const char *value : {"null", "1", "true", "1.5", list, text, object})

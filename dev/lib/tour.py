@@ -101,6 +101,50 @@ def client_joins(rig, watch):
     rig.bus("sim", "station", {"mac": "a0b1c2000077", "radio": "5G"})
 
 
+def station(rig, mac):
+    """A client device as the router has it."""
+    return rig.router("vrop.laninfo.sta", "getbymac", {"mac": mac})
+
+
+def device(rig, mac):
+    """A client device as the cloud reads it."""
+    return next(device for device in rig.get("apDevices") if device["mac"] == mac)
+
+
+@step("a phone is renamed and limited, blocked and gone from the Wi-Fi, and released")
+def phone_settings(rig, watch):
+    phone = {"mac": "02a0c9000003", "operationType": 1}
+    limit = {"open": True, "upSpeed": 500, "downSpeed": 900}
+    rig.set("apDevices", [{**phone, "name": "Anna", "limitSpeed": limit}])
+    expect("the name", station(rig, phone["mac"])["devname"], "Anna")
+    expect("what the cloud reads", [device(rig, phone["mac"])[key] for key in ("name", "limitSpeed")], ["Anna", limit])
+    rig.set("apDevices", [{**phone, "blackEnable": True}])
+    expect("a blocked phone's presence", station(rig, phone["mac"])["active"], 0)
+    rig.set("apDevices", [{**phone, "blackEnable": False}])
+    expect("a released phone's presence", station(rig, phone["mac"])["active"], 1)
+
+
+@step("a child's tablet gets hours, two addresses and a game that are blocked, and keeps to its hours")
+def tablet_supervised(rig, watch):
+    tablet, days = {"mac": "02a0c9000005"}, [1, 1, 1, 1, 1, 0, 0]
+    hours = [{"timeFrame": "16:00-19:30", "daysOfWeek": days, "open": True}]
+    urls = [{"open": True, "url": "a.example.com"}, {"open": True, "url": "b.example.com"}]
+    rig.set("apDevices", [{**tablet, "operationType": 3, "timeControlEnable": True, "webControlEnable": True,
+                           "parentalTimeControl": hours,
+                           "parentalWebControl": {"controlPolicy": 0, "urls": urls}}])
+    rig.set("apDevices", [{**tablet, "operationType": 1, "ParentControlType": 1, "ParentalGameControl": {
+        "urls": [{"appname": "Blocks", "url": "play.example.net", "open": True}]}}])
+    rules = [{"enable": 1, "url": "a.example.com", "index": 0}, {"enable": 1, "url": "b.example.com", "index": 1},
+             {"enable": 1, "url": "play.example.net", "appname": "Blocks", "apptype": 1, "index": 2}]
+    wait_until("the router's rules", lambda: rig.router("vrop.parent.urlcontrol", "list")[0]["list"] == rules)
+    shown = device(rig, tablet["mac"])
+    expect("the hours", shown["parentalTimeControl"], hours)
+    expect("the addresses", shown["parentalWebControl"]["urls"], urls)
+    expect("presence outside its hours", station(rig, tablet["mac"])["active"], 0)
+    rig.bus("sim", "elapse", {"seconds": 8 * 3600})  # the router's clock starts on a Wednesday at 08:00
+    expect("presence in its hours", station(rig, tablet["mac"])["active"], 1)
+
+
 def route(kind, members):
     return {"networkMode": 1, "networkConnect": {"route": {"routeType": kind, "routeList": members}}}
 

@@ -15,10 +15,11 @@ namespace {
 constexpr size_t URL_MAX = 255;
 constexpr size_t APP_NAME_MAX = 127;
 
-// 0, 1, or -1 for one that is absent.
+// 0, 1, or -1 for one that is absent, as all negative ones are.
 int32_t request_switch(json_object *request, const char *key) {
     const int32_t value = request_integer(request, key);
-    return value > 0 ? 1 : value;
+    if (value < 0) return -1;
+    return value == 0 ? 0 : 1;
 }
 
 // The member when it has that type, else null.
@@ -134,7 +135,7 @@ bool read_time_control(json_object *element, DeviceSettings *settings) {
     if (rules == nullptr) return false;
     const RuleSwitch open(*settings, settings->timeControlEnable);
     take_rules(rules, settings->mac, &settings->times.rules, [&](json_object *entry, TimeRule *rule) {
-        const char *frame = rule_text(entry, "timeFrame", TIME_FRAME_SIZE - 1);
+        const char *frame = request_text(entry, "timeFrame");
         if (frame == nullptr) return false;
         copy_text(rule->timeFrame, frame);
         read_days(entry, rule->daysOfWeek);

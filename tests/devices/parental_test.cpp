@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: Apache-2.0
+// Parental control: its formats, the work that a request starts, and what becomes of it.
+#include "tests/devices/settings_rig.h"
+
+#include <chrono>
+#include <semaphore>
+
+#include "core/report_gate.h"
+#include "devices/parental_writes.h"
+#include "devices/work_lane.h"
+
+namespace {
+
+using router::Fault;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+TEST(ParentalFormats, ConvertDaysAndTimes) {
+    struct Row {
+        std::vector<int32_t> days;
+        const char *week;
+    };
+    for (const auto &[days, week] : {Row{{1, 0, 1, 0, 0, 0, 1}, "013"},
+                                     {{0, 0, 0, 0, 0, 0, 0}, ""},
+                                     {{1, 1, 1, 1, 1, 1, 1}, "0123456"}}) {
+        char text[WEEK_TEXT_SIZE];
+        int32_t back[WEEK_DAYS];
+        EXPECT_EQ(change_week(days.data(), text, sizeof text), 0);
+        EXPECT_STREQ(text, week);
+        get_report_week(week, back);
+        EXPECT_THAT(back, testing::ElementsAreArray(days));
+    }
+    int32_t days[WEEK_DAYS];
+    get_report_week("10x79", days);
+    EXPECT_THAT(days, ElementsAre(1, 0, 0, 0, 0, 0, 0));
+
+    char start[DAY_TIME_SIZE], end[DAY_TIME_SIZE], frame[TIME_FRAME_SIZE];
+    EXPECT_EQ(cut_timeFrame("08:30-21:05-22:00", start, end), 0);
+    EXPECT_EQ(delete_str_colon(start, start) | delete_str_colon(end, end), 0);
+    EXPECT_STREQ(start, "0830");
+    EXPECT_STREQ(end, "2105");
+    EXPECT_EQ(join_timeFrame(start, end, frame), 0);
+    EXPECT_STREQ(frame, "08:30-21:05");
+    EXPECT_EQ(delete_str_colon("24:00", end), 0);
+    for (const char *odd : {"", "8", "ab:cd", "24:01", "12:60", "-1:30", "12:-1"})
+        EXPECT_EQ(delete_str_colon(odd, end), -1) << odd;
+    EXPECT_STREQ(end, "2400");
+}
+
+class Parental : public testing::Test {
+  protected:
+    // A set's last pause comes behind its last write, which the tests have seen.
+    ~Parental() override { std::lock_guard pushing(parentcontrol_mutex); }
+    // Waits until the rule sets are pushed; what has been written since the last time.
+    std::vector<std::string> pushed(const std::string &last_write) {
+        EXPECT_TRUE(rig.wait_for_write(last_write)) << last_write;
+        return rig.take_writes();
+    }
+    SettingsRig rig;
+};
+
+constexpr char POLICY_BLACK[] = R"(parent.urlcontrol.modify set {"filterType":"black","mac":"02a0c9000005"})";
+
+TEST_F(Parental, RequestsReplaceAddressesAndTimes) {
+    EXPECT_EQ(rig.set(about(
+                  TABLET, R"("operationType":3,"webControlEnable":0,"parentalWebControl":{"controlPolicy":1,)"
+                          R"("urls":[{"url":"a.example","open":true},{"url":"$(b) %s'\"","open":false}],)"
+                          R"("sites":["c.example","a.example"]},)"
+                          R"("parentalTimeControl":[{"timeFrame":"08:30-21:05","daysOfWeek":[1,0,1,0,0,0,1],)"
+                          R"("open":1},{"timeFrame":"0830","open":1}])")),
+              0);
+    EXPECT_TRUE(wait_for_log("cut timeFrame:0830 fail"));
+    EXPECT_THAT(
+        rig.take_writes(),
+        ElementsAre(
+            R"(parent.urlcontrol delete {"index":-2222,"mac":"02a0c9000005"})",
+            R"(parent.timecontrol delete {"index":-1111,"mac":"02a0c9000005"})",
+            R"(parent.control setdev {"mac":"02a0c9000005","hostname":"Tablet","devurlenable":0})",
+            R"(parent.urlcontrol add {"filterType":"white","mac":"02a0c9000005","enable":1,"url":"c.example"})",
+            R"(parent.urlcontrol.modify set {"filterType":"white","mac":"02a0c9000005"})",
+            R"(parent.urlcontrol add {"filterType":"white","mac":"02a0c9000005","enable":1,"url":"a.example"})",
+            R"(parent.urlcontrol add {"filterType":"white","mac":"02a0c9000005","enable":0,"url":"$(b) %s'\""})",
+            R"(parent.urlcontrol.modify set {"filterType":"white","mac":"02a0c9000005"})",
+            R"(parent.timecontrol add {"enable":1,"timestart":"0830","timeend":"2105","mac":"02a0c9000005","week":"013"})"));
+    EXPECT_THAT(moving_clock::pauses(), Contains(10000));
+    for (const char *text :
+         {"ENTER parentalWebControl", "start set webControlEnable", "add parental_webControl num:1",
+          "add parental_webControl num:2", "add parentalTimeControl num:2", "timeFrame:0830 format is error"})
+        EXPECT_TRUE(has_logged(text)) << text;
+    EXPECT_FALSE(parentControl_flag);
+}
+
+// Each rule's switch, by the request's switches.
+TEST_F(Parental, SwitchesOfARequestCloseItsRules) {
+    struct Row {
+        const char *switches;
+        int url_enable, time_enable;
+    };
+    for (const auto &[switches, url_enable, time_enable] :
+         {Row{R"("webControlEnable":0,"timeControlEnable":0,)", 1, 1},
+          {R"("parentalEnable":1,"webControlEnable":1,)", 0, 0},
+          {R"("parentalEnable":0,"webControlEnable":0,)", 0, 1},
+          {R"("parentalEnable":0,"timeControlEnable":0,)", 1, 0},
+          {R"("parentalEnable":0,)", 1, 1}}) {
+        rig.set(about(TABLET, std::string(switches) +
+                                  R"("operationType":3,"parentalWebControl":{"controlPolicy":0,)"
+                                  R"("urls":[{"url":"u","open":1}]},)"
+                                  R"("parentalTimeControl":[{"timeFrame":"1:2-3:4","open":1}])"));
+        const std::vector<std::string> writes = pushed("parent.timecontrol add");
+        const std::string url_rule = R"("enable":)" + std::to_string(url_enable) + R"(,"url":"u"})";
+        EXPECT_THAT(writes, Contains(testing::EndsWith(url_rule))) << switches;
+        EXPECT_EQ(writes.back(),
+                  R"(parent.timecontrol add {"enable":)" + std::to_string(time_enable) +
+                      R"(,"timestart":"0102","timeend":"0304","mac":"02a0c9000005","week":""})");
+    }
+}
+
+TEST_F(Parental, PolicyIsBlackOrWhite) {
+    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"ParentControlType":8,"parentalTimeControl":[],)"
+                                    R"("parentalWebControl":{"controlPolicy":2,"urls":[{"url":"u"}]})")),
+              0);
+    EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
+    EXPECT_THAT(rig.take_writes(), ElementsAre(StartsWith("parent.urlcontrol delete")));
+    EXPECT_TRUE(has_logged("i:0 add parental Web Control fail"));
+    EXPECT_TRUE(has_logged("param is error"));
+    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"ParentControlType":7,"parentalTimeControl":[],)"
+                                    R"("parentalWebControl":{"controlPolicy":0})")),
+              0);
+    EXPECT_THAT(rig.take_writes(), ElementsAre(StartsWith("parent.timecontrol delete")));
+    EXPECT_TRUE(has_logged("no need set parent url control"));
+}
+
+TEST_F(Parental, ApplicationsKeepTheUrlThatTheDaemonHas) {
+    EXPECT_EQ(
+        rig.set(about(
+            TABLET,
+            R"("operationType":1,"ParentControlType":1,"ParentalGameControl":{"urls":[)"
+            R"({"appname":"Blocks","open":false},{"appname":"Blocks","url":"play.example.net","open":1},)"
+            R"({"appname":"New","url":"new.example"},{"appname":"Chatter","open":1},7,{"open":1}]})")),
+        0);
+    EXPECT_THAT(
+        pushed(POLICY_BLACK),
+        ElementsAre(
+            R"(parent.control setenable {"enable":1})",
+            R"(parent.urlcontrol.modify set {"filterType":"black","mac":"02a0c9000005","enable":0,"url":"play.example.net","index":1})",
+            R"(parent.urlcontrol.modify set {"filterType":"black","mac":"02a0c9000005","enable":1,"url":"play.example.net","index":1})",
+            R"(parent.urlcontrol add {"filterType":"black","mac":"02a0c9000005","enable":1,"url":"new.example","appname":"New","apptype":1})",
+            POLICY_BLACK));
+    EXPECT_TRUE(has_logged("appname:Chatter apptype:1 has no url")); // that is of another type
+    EXPECT_TRUE(wait_for_log("pthread_exit"));
+}
+
+TEST_F(Parental, TwoRequestsWithinThePauseAreBothCarriedOut) {
+    std::binary_semaphore go(0);
+    moving_clock::on_pause([&](moving_clock::Millis millis) {
+        if (millis == 2000) go.acquire();
+    });
+    rig.set(about(PC, R"("operationType":1,"parentFlag":1)") + "," +
+            about(TABLET, R"("operationType":2,"parentFlag":0)"));
+    rig.set(about(PC, R"("operationType":1,"parentFlag":0)")); // while the first still waits
+    rig.set(about("02a0c9000002", R"("operationType":1,"parentFlag":1)") + "," +
+            about(PC, R"("parentFlag":0)"));
+    EXPECT_THAT(rig.take_writes(), IsEmpty());
+    moving_clock::on_pause({});
+    go.release();
+    EXPECT_TRUE(rig.router.wait_for_state("/vrop.parent.control/device/0/mac", "\"02a0c9000002\""));
+    EXPECT_THAT(rig.take_writes(),
+                ElementsAre(R"(parent.control setenable {"enable":1})",
+                            R"(parent.control add {"mac":"02a0c9000001","hostname":"Desk PC"})",
+                            R"(parent.control delete {"delall":0,"mac":"02a0c9000005"})",
+                            R"(parent.control delete {"delall":0,"mac":"02a0c9000001"})",
+                            R"(parent.control setenable {"enable":1})",
+                            R"(parent.control add {"mac":"02a0c9000002","hostname":"TV"})"));
+    parentcontrol_execute_thread(PC, "x", 7);
+    EXPECT_TRUE(wait_for_log("not math option"));
+}
+
+TEST_F(Parental, ARemovalThatWaitsDoesNotUndoWhatComesAfter) {
+    rig.set(about(TABLET, R"("operationType":1,"parentFlag":0)"));
+    rig.set(about(TABLET, R"("operationType":3,"timeControlEnable":1)"));
+    EXPECT_EQ(waiting_parental_level(TABLET), LEVEL_NONE);
+    EXPECT_EQ(rig.router.value("/vrop.parent.control/device/0/devtimeenable"), "1");
+    EXPECT_EQ(rig.router.value("/vrop.parent.control/device/1"), "");
+}
+
+TEST_F(Parental, RulesOfAListAreBounded) {
+    std::string rules;
+    for (int i = 0; i < 10000; i++)
+        rules += (i ? R"(,{"url":"u)" : R"({"url":"u)") + std::to_string(i) + R"("})";
+    rig.set(about(TABLET,
+                  R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[)" + rules + "]}"));
+    EXPECT_THAT(pushed(POLICY_BLACK), SizeIs(MOST_RULES + 2));
+    EXPECT_TRUE(has_logged("mac:02a0c9000005 10000 rules, the first 64 are taken"));
+}
+
+TEST_F(Parental, WorkThatWaitsIsBounded) {
+    std::binary_semaphore go(0);
+    moving_clock::on_pause([&](moving_clock::Millis) { go.acquire(); });
+    const WebControl one = {TABLET, BLACK, {{"u", 1}}};
+    for (size_t i = 0; i < MOST_WAITING; i++)
+        EXPECT_EQ(newWebControl_threadStart(one), 0);
+    EXPECT_EQ(webControl_threadStart(one), -1);
+    EXPECT_TRUE(has_logged("128 pieces of parental control work wait, mac:02a0c9000005 is refused"));
+    moving_clock::on_pause({});
+    go.release();
+    while (webControl_threadStart(one) != 0)
+        std::this_thread::yield();
+    EXPECT_TRUE(rig.router.wait_for_calls(2 * (MOST_WAITING + 1), "vrop.parent.urlcontrol*"));
+}
+
+TEST_F(Parental, WritersRefuseWhatIsMissing) {
+    const AppRule app = {};
+    const TimeRule time = {};
+    for (int result :
+         {add_parentalControl(nullptr, "x"), add_parentalControl("", "x"), add_parentalControl(PC, nullptr),
+          clear_parentControl(nullptr), clear_parentUrlControl(""), clear_parentTimeControl(nullptr),
+          set_parentEnable(PC, nullptr, 1), set_parent_enable(nullptr, "x", 1, 1, 1),
+          set_url_filterType(nullptr, 0), add_one_parentalWebControl(PC, 1, nullptr, 0),
+          add_one_parent_appcontrol(nullptr, &app), set_one_parent_appcontrol(PC, nullptr, 1),
+          add_one_parentalTimeControl(PC, nullptr), add_one_parentalTimeControl(PC, &time),
+          parentcontrol_execute_thread("", "x", 1)})
+        EXPECT_EQ(result, -1);
+    EXPECT_THAT(rig.take_writes(), IsEmpty());
+}
+
+TEST_F(Parental, GoesOnWhenTheDaemonIsLost) {
+    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.parent.*"});
+    rig.set(about(PC, R"("operationType":3,"parentalEnable":0,"parentalWebControl":{"controlPolicy":0,)"
+                      R"("urls":[{"url":"a"},{"url":"b"}]})"));
+    EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
+    for (const char *text : {"delete parenturlcontrol mac:02a0c9000001 fail", "set parentalEnable fail",
+                             "add parent Control fail", "i:1 add parental Web Control fail",
+                             "control url:b fail", "control filterType:0 fail"})
+        EXPECT_TRUE(has_logged(text)) << text;
+    EXPECT_EQ(set_flag, 0);
+}
+
+} // namespace

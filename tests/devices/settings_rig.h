@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// The set slot of client devices against a simulated router. For one test case in its own sandbox.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "devices/device_settings.h"
+#include "support/moving_clock.h"
+#include "support/router_rig.h"
+
+inline constexpr char PC[] = "02a0c9000001";
+inline constexpr char TABLET[] = "02a0c9000005"; // the home's only one under parental control
+
+class SettingsRig : public RouterRig {
+  public:
+    using RouterRig::RouterRig;
+
+    int set(const std::string &elements) { return set_text(R"({"apDevices":[)" + elements + "]}"); }
+    int set_text(const std::string &request) {
+        char reply[64];
+        return apDevices_set("apDevices", request.c_str(), reply, sizeof reply);
+    }
+    // Waits until the last write begins so; false when ten seconds pass first.
+    bool wait_for_write(const std::string &start) const {
+        for (int tenths = 0; tenths < 10000; tenths++) {
+            const std::vector<router::Call> calls = router.calls();
+            if (!calls.empty() && as_line(calls.back()).starts_with(start)) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return false;
+    }
+    // The calls that change something since the last take, as "object method arguments" without "vrop.".
+    std::vector<std::string> take_writes() {
+        std::vector<std::string> writes;
+        for (const router::Call &call : router.calls())
+            if (call.method != "get" && call.method != "list" && call.method != "getbymac")
+                writes.push_back(as_line(call));
+        router.clear_calls();
+        return writes;
+    }
+
+  private:
+    static std::string as_line(const router::Call &call) {
+        return call.object.substr(5) + " " + call.method + " " + call.arguments;
+    }
+};
+
+// An element about a device with further members.
+inline std::string about(const char *mac, const std::string &members) {
+    return std::string(R"({"mac":")") + mac + R"(",)" + members + "}";
+}
+// The same, to be applied.
+inline std::string applied(const char *mac, const std::string &members) {
+    return about(mac, R"("operationType":1,)" + members);
+}

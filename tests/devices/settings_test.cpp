@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+// Requests for client devices: what is written of them, in which order, and what is refused.
+#include "tests/devices/settings_rig.h"
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "core/report_gate.h"
+#include "devices/mac_filter.h"
+#include "devices/online_notice.h"
+#include "support/text_file.h"
+
+namespace {
+
+using router::Fault;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char RUNTIMES[] = "/aptmp/client_runTime.log";
+constexpr char FILTERED[] = "02a0c90000ff"; // in the home's filter, which is off
+
+struct Settings : testing::Test {
+    SettingsRig rig;
+};
+
+// What one request with one element writes.
+TEST_F(Settings, WriteWhatDiffers) {
+    struct Row {
+        std::string element;
+        std::vector<std::string> writes;
+    };
+    const std::string add_pc =
+        R"(firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":1,"protocol":0,"mac":"02a0c9000001","platform":0})";
+    const Row rows[] = {
+        {applied(PC, R"("name":"Desk PC","ip":"1.2.3.4","joinWay":9)"), {}},
+        {applied(PC, R"("name":"Big \"PC\"")"),
+         {R"(laninfo.sta set {"mac":"02a0c9000001","devname":"Big \"PC\""})"}},
+        {applied("02a0c9000004", R"("name":"bens-phone")"), {}}, // its own name, since it was given none
+        {applied(PC, R"("limitSpeed":{"open":false,"upSpeed":9})"), {}},
+        {applied(PC, R"("limitSpeed":{"open":true,"upSpeed":100,"downSpeed":0})"),
+         {R"(laninfo.sta set {"limitrateswitch":1,"usbandwidth":100,"mac":"02a0c9000001"})"}},
+        {applied(TABLET, R"("limitSpeed":{"open":1,"upSpeed":2048,"downSpeed":8192})"), {}},
+        {applied(TABLET, R"("limitSpeed":{"open":1})"), {}},
+        {applied(TABLET, R"("limitSpeed":{"open":1,"upSpeed":2048,"downSpeed":8193})"),
+         {R"(laninfo.sta set {"limitrateswitch":1,"dsbandwidth":8193,"usbandwidth":2048,"mac":"02a0c9000005"})"}},
+        {applied(PC, R"("blackEnable":true)"),
+         {R"(firewall.filter filterSet {"switch":1,"filterOp":"black"})", add_pc}},
+        {applied(PC, R"("blackEnable":1)"), {}},
+        {applied(FILTERED, R"("blackEnable":1)"), {}},
+        {applied(PC, R"("name":"Big \"PC\"")"), {}}, // without "blackEnable" it stays blocked
+        {applied(PC, R"("blackEnable":0)"),
+         {R"(firewall.filter filterDelete {"filterType":"mac","index":1,"platform":0})"}},
+        {applied(PC, R"("blackEnable":0)"), {}}, // not in the list: said, not done
+        {applied(TABLET, R"("disconnect":0)"), {}},
+        {applied(TABLET, R"("disconnect":3)"),
+         {R"(parent.control setdev {"disconnect":3,"disconnecttime":1800,"disconnectsettime":1714550400,"mac":"02a0c9000005","hostname":"Tablet"})"}},
+        {applied(TABLET, R"("disconnect":3)"), {}},
+        {applied(TABLET, R"("disconnect":0,"name":"Pad")"),
+         {R"(parent.control setdev {"disconnect":0,"disconnecttime":0,"disconnectsettime":0,"mac":"02a0c9000005","hostname":"Pad"})",
+          R"(laninfo.sta set {"mac":"02a0c9000005","devname":"Pad"})"}},
+        {about(PC, R"("operationType":2,"name":"nobody","blackEnable":1,"disconnect":2)"), {}},
+    };
+    for (const Row &row : rows) {
+        EXPECT_EQ(rig.set(row.element), 0);
+        EXPECT_EQ(rig.take_writes(), row.writes) << row.element;
+    }
+    EXPECT_TRUE(has_logged("device is exist in limit list"));
+    EXPECT_TRUE(has_logged("not find mac:02a0c9000001 in the filter list"));
+    EXPECT_TRUE(has_logged("set disconnnect ok"));
+    EXPECT_TRUE(has_logged("operationType:2 name_flag:1"));
+}
+
+TEST_F(Settings, OfADeviceAreThoseOfItsOwnElement) {
+    EXPECT_EQ(
+        rig.set(about(PC, R"("operationType":2,"name":"wrong","blackEnable":1,"limitSpeed":{"open":1})")), 0);
+    EXPECT_TRUE(name_flag && black_flag && limitSpeed_flag);
+    EXPECT_EQ(
+        rig.set(applied(TABLET, R"("onlineNotice":true)") + "," + applied("02a0c9000002", R"("name":"TV")")),
+        0);
+    EXPECT_THAT(rig.take_writes(), ElementsAre(R"(laninfo.sta set {"mac":"02a0c9000002","devname":"TV"})"));
+    EXPECT_FALSE(name_flag);
+    EXPECT_TRUE(black_flag);
+}
+
+TEST_F(Settings, EndAtALimitWithoutSwitch) {
+    EXPECT_EQ(rig.set(applied(PC, R"("name":"first")") + "," +
+                      applied(TABLET, R"("name":"second","limitSpeed":{"upSpeed":5})") + "," +
+                      applied("02a0c9000002", R"("name":"third")")),
+              -1);
+    EXPECT_TRUE(has_logged("APP send data fail"));
+    EXPECT_THAT(rig.take_writes(),
+                ElementsAre(R"(laninfo.sta set {"mac":"02a0c9000001","devname":"first"})"));
+    EXPECT_EQ(set_flag, 0);
+    EXPECT_TRUE(apdevice_mutex.try_lock());
+    apdevice_mutex.unlock();
+    EXPECT_EQ(rig.set(applied("02a0c9000003", R"("blackEnable":0)")), 0);
+    EXPECT_THAT(rig.take_writes(), IsEmpty());
+}
+
+TEST_F(Settings, RefuseWhatIsNoRequest) {
+    char reply[8];
+    EXPECT_EQ(apDevices_set(nullptr, "{}", reply, 8), -1);
+    EXPECT_EQ(apDevices_set("", "{}", reply, 8), -1);
+    EXPECT_EQ(apDevices_set("x", "", reply, 8), -1);
+    EXPECT_EQ(apDevices_set("x", R"({"apDevices":[]})", reply, 0), -1);
+    EXPECT_TRUE(has_logged("param is NULL"));
+    EXPECT_EQ(rig.set_text("{\"apDevices\":["), -1);
+    EXPECT_TRUE(has_logged("JsonStr Token fail msg:{\"apDevices\":["));
+    for (const char *text : {"{}", "5", R"({"apDevices":{}})", R"({"apDevices":"x"})"})
+        EXPECT_EQ(rig.set_text(text), -1) << text;
+    EXPECT_TRUE(has_logged("Json Get Obj fail"));
+    EXPECT_EQ(set_apDevices_config(nullptr), -1);
+    EXPECT_EQ(set_flag, 0);
+}
+
+// Nothing of these is written, and each request is answered.
+TEST_F(Settings, OddElementsChangeNothing) {
+    const std::string long_text(10240, 'x');
+    for (const std::string &element : std::vector<std::string>{
+             "5", "null", "[]", R"("x")", "{}", R"({"name":"x","operationType":1})",
+             applied("", R"("name":"x")"), R"({"mac":["02a0c9000001"],"operationType":1,"name":"x"})",
+             applied(PC, R"("name":["x"],"limitSpeed":[],"blackEnable":{},"disconnect":"often")"),
+             applied(PC,
+                     R"("onlineNotice":[],"parentFlag":{},"parentalWebControl":[],"parentalTimeControl":{})"),
+             applied(PC, R"("ParentControlType":1,"ParentalGameControl":[{"urls":5}])"),
+             applied(PC, R"("ParentControlType":99,"parentalTimeControl":[{}])")}) {
+        EXPECT_EQ(rig.set(element), 0) << element;
+        EXPECT_THAT(rig.take_writes(), IsEmpty()) << element;
+    }
+    for (const std::string &mac : {std::string("02:A0:C9:00:00:01"), std::string("%s%n"),
+                                   std::string("'; reboot"), long_text}) { // the daemon refuses them
+        const std::string before = rig.router.state();
+        EXPECT_EQ(rig.set(applied(mac.c_str(), R"("name":"x","disconnect":2)")), 0);
+        EXPECT_EQ(rig.router.state(), before);
+    }
+    rig.take_writes();
+    EXPECT_EQ(rig.set(applied(PC, R"("name":"ä)" + std::string(126, 'x') + R"(ü")")),
+              0); // cut before a character
+    EXPECT_EQ(rig.router.value("/vrop.laninfo/0/devname"), "\"ä" + std::string(125, 'x') + "\"");
+}
+
+TEST_F(Settings, OfThousandsAreAllTaken) {
+    std::string elements;
+    for (int i = 0; i < 10000; i++)
+        elements += R"({"mac":"02a0c9000001","operationType":2},)";
+    EXPECT_EQ(rig.set(elements + applied(PC, R"("name":"last")")), 0);
+    EXPECT_EQ(rig.router.value("/vrop.laninfo/0/devname"), "\"last\"");
+}
+
+TEST_F(Settings, GoOnWhenTheDaemonIsLost) {
+    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.firewall.*"});
+    rig.router.add_fault(
+        {.kind = Fault::Kind::Result, .object = "vrop.laninfo.sta", .method = "set", .value = 1});
+    const std::string all = R"("blackEnable":1,"disconnect":2,"name":"x","limitSpeed":{"open":0})";
+    EXPECT_EQ(rig.set(applied(TABLET, all)), 0);
+    EXPECT_TRUE(has_logged("modify name fail"));
+    EXPECT_TRUE(has_logged("set limit speed fail"));
+    EXPECT_EQ(rig.router.value("/vrop.parent.control/device/0/disconnect"), "2");
+    rig.router.stop();
+    EXPECT_EQ(rig.set(applied(TABLET, all)), 0);
+    EXPECT_FALSE(set_flag || black_flag || name_flag || limitSpeed_flag);
+    rig.router.clear_faults();
+    rig.router.start();
+    EXPECT_EQ(rig.set(applied(TABLET, R"("name":"again")")), 0);
+    EXPECT_EQ(rig.router.value("/vrop.laninfo/4/devname"), "\"again\"");
+}
+
+TEST_F(Settings, ReleaseADeviceWithSeveralFilterEntries) {
+    rig.router.set_state(
+        "/vrop.firewall.filter/macfilterLists",
+        R"([{"index":4,"enable":0,"mac":"02a0c9000001"},{"index":5,"enable":0,"mac":"02a0c9000002"},)"
+        R"({"index":7,"enable":1,"mac":"02a0c9000001"}])");
+    EXPECT_EQ(get_macFilter_enable(PC), 1);
+    EXPECT_EQ(get_macFilter_enable("02a0c9000002"), 0);
+    EXPECT_EQ(get_macFilter_enable("02a0c9000003"), -1);
+    EXPECT_EQ(rig.set(applied(PC, R"("blackEnable":0)")), 0);
+    EXPECT_EQ(rig.router.value("/vrop.firewall.filter/macfilterLists"),
+              R"([{"index":5,"enable":0,"mac":"02a0c9000002"}])");
+}
+
+TEST_F(Settings, TurnTheOnlineNoticeOfOneEntry) {
+    EXPECT_EQ(update_onlineNotice(PC, 0), -1);
+    EXPECT_TRUE(has_logged("open file:/aptmp/client_runTime.log fail"));
+    std::ofstream(RUNTIMES)
+        << R"([{"mac":"02:A0:C9:00:00:01","name":"a","runTime":90000,"timestamp":5,"onlineNotice":1},7,)"
+        << R"({"mac":"02a0c9000001","name":"b","runTime":1},)"
+        << R"({"mac":"02:A0:C9:00:00:02","name":"c","runTime":2,"timestamp":6,"onlineNotice":1}])";
+    EXPECT_EQ(rig.set(applied(PC, R"("onlineNotice":false)") + "," +
+                      applied("02a0c9000002", R"("onlineNotice":true)")),
+              0);
+    EXPECT_EQ(text_of(RUNTIMES),
+              R"([{"mac":"02:A0:C9:00:00:01","name":"a","runTime":90000,"timestamp":5,"onlineNotice":0},)"
+              R"({"mac":"02a0c9000001","name":"b","runTime":1},)"
+              R"({"mac":"02:A0:C9:00:00:02","name":"c","runTime":2,"timestamp":6,"onlineNotice":1}])");
+    EXPECT_TRUE(has_logged("rename ok"));
+    EXPECT_EQ(get_device_inform(PC), 0);
+    EXPECT_EQ(std::filesystem::status(RUNTIMES).permissions(), std::filesystem::perms(0666));
+    EXPECT_FALSE(std::filesystem::exists(std::string(RUNTIMES) + ".bak"));
+    std::ofstream(RUNTIMES) << "[{\"mac\":";
+    EXPECT_EQ(update_onlineNotice(PC, 1), -1);
+    EXPECT_EQ(text_of(RUNTIMES), "[{\"mac\":");
+}
+
+TEST_F(Settings, OfSeveralThreadsKeepReportsSilentUntilTheLastIsDone) {
+    std::atomic<int> working = 4;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; t++)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 20; i++)
+                rig.set(applied(PC, R"("name":"name )" + std::to_string(t) + R"(","limitSpeed":{"open":)" +
+                                        std::to_string(i % 2) + "}"));
+            working--;
+        });
+    while (working > 0)
+        JsonRoot(get_apDevice_config(DOCUMENT_PROPERTY));
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(set_flag, 0);
+    EXPECT_EQ(rig.take_writes().back().substr(0, 15), "laninfo.sta set");
+}
+
+} // namespace

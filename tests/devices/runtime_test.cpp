@@ -124,6 +124,24 @@ TEST_F(Runtime, ListsOfAnySize) {
     }
 }
 
+// The list of the last poll is kept in 2047 characters.
+TEST_F(Runtime, ListsAreComparedThatCanBeKept) {
+    const std::string kept = R"({"mac":"02a0c9000010","ip":"","name":"","onlineTime":100},)";
+    for (size_t length : {2047U, 2048U}) {
+        clear_backupSta();
+        std::string stations;
+        for (size_t left = length - 1, number = 10; left > 0; number++) {
+            const size_t name = std::min<size_t>(left - kept.size(), 90);
+            left -= kept.size() + name;
+            stations += (number > 10 ? R"(,{"mac":"02a0c90000)" : R"({"mac":"02a0c90000)") +
+                        std::to_string(number) + R"(","devname":")" + std::string(name, 'n') +
+                        R"(","uptime":100})";
+        }
+        poll(stations);
+        EXPECT_EQ(poll(stations), length == 2047 ? 0 : -1);
+    }
+}
+
 TEST_F(Runtime, NoListChangesNothing) {
     poll(tv(1, 60));
     const std::string before = text_of(TODAY);

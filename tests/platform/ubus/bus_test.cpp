@@ -41,7 +41,7 @@ TEST(Bus, CallsOfSeveralThreadsReachTheirObjectsAndComeBack) {
 
 TEST(Bus, RefusesClientsThatItHasNoDescriptorsForAndServesTheOthers) {
     ServedBus bus;
-    Client client;
+    Client client(BUS_PATH);
     uint32_t id = 0;
     ASSERT_EQ(client.look_up("own.any", &id), UBUS_STATUS_OK);
     std::vector<Descriptor> clients;

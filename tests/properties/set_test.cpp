@@ -246,12 +246,6 @@ const std::vector<SetCase> CASES = {
     {"hcdn", R"({"samba":true,"open":1})", 0, restarted({R"(vrop.ecm set {"hcdn_open":1,"samba":1})"}), {},
      R"({"enable":true,"open":true,"samba":true,"inMemory":false,"outMemory":false,"usb":true,"path":"/mnt/usb0",)"
      R"("natType":0,"upnp":false,"registered":false})"},
-    {"apDevices", R"([{"mac":"02a0c9000001","operationType":1,"name":"Box","limitSpeed":{"open":true,"upSpeed":5,"downSpeed":7}}])", 0,
-     {R"(vrop.laninfo.sta getbymac {"mac":"02a0c9000001"})", R"(vrop.laninfo.sta set {"mac":"02a0c9000001","devname":"Box"})",
-      R"(vrop.laninfo.sta set {"limitrateswitch":1,"dsbandwidth":7,"usbandwidth":5,"mac":"02a0c9000001"})"}, {"modify name"},
-     R"([{"mac":"02a0c9000001","parentalEnable":false,"name":"Box","blackEnable":false,)"
-     R"("limitSpeed":{"open":true,"upSpeed":5,"downSpeed":7},"parentFlag":0,"timeControlEnable":false,)"
-     R"("webControlEnable":false,"onlineNotice":true}])", R"({"vrop.laninfo":[{"mac":"02a0c9000001","devname":"PC"}]})"},
 };
 // clang-format on
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binding/tables.h"
 
-#include "core/log.h"
 #include "devices/ap_devices.h"
 #include "devices/device_settings.h"
 #include "devices/mesh_topology.h"
@@ -21,12 +20,14 @@
 #include "services/channels.h"
 #include "services/control.h"
 #include "services/diagnostics.h"
+#include "services/disk_format.h"
 #include "services/disks.h"
 #include "services/hardware.h"
+#include "services/log_upload.h"
 #include "services/neighbours.h"
 #include "services/ports.h"
 #include "services/radio_checks.h"
-#include "services/service.h"
+#include "services/remote_capture.h"
 #include "services/station_quality.h"
 #include "services/throughput.h"
 
@@ -57,20 +58,6 @@ const struct property_row property_map[17] = {
     // clang-format on
 };
 
-namespace {
-
-// A service whose work is not there yet says so, rather than leave the SDK a null handler.
-template <int row>
-int open_row_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
-    const Service service = {.name = service_map[row].name};
-    return serve(service, {handle, id, parameters}, [](const ServiceRequest &request) {
-        LOG_AT(request.site, "%s is not there yet", service_map[row].name);
-        return answer_failed();
-    });
-}
-
-} // namespace
-
 const struct service_row service_map[30] = {
     // name, reserved, handler
     {"tuningWifi", nullptr, tuningWifi_call},
@@ -90,15 +77,15 @@ const struct service_row service_map[30] = {
     {"diskCheck", nullptr, diskCheck_call},
     {"nat", nullptr, nat_call},
     {"connectCheck", nullptr, connectCheck_call},
-    {"uploadLog", nullptr, open_row_call<17>},
-    {"outdiskFormat", nullptr, open_row_call<18>},
+    {"uploadLog", nullptr, uploadlog_call},
+    {"outdiskFormat", nullptr, outdiskFormat_call},
     {"channelQuality", nullptr, channelQuality_call},
     {"portLinkSpeed", nullptr, portLinkSpeed_call},
     {"rssiQualityCheck", nullptr, rssiQualityCheck_call},
     {"networkCheck", nullptr, networkCheck_call},
     {"physicsInfo", nullptr, physics_info_call},
     {"pingTest", nullptr, ping_test_call},
-    {"remoteCap", nullptr, open_row_call<25>},
+    {"remoteCap", nullptr, remotecap_call},
     {"remoteCfgExport", nullptr, remoteCfgExport_call},
     {"tuningMemory", nullptr, tuningMemory_call},
     {"wirelessInterference", nullptr, wirelessInterference_call},

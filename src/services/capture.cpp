@@ -10,6 +10,8 @@
 #include "core/log.h"
 #include "core/text.h"
 #include "https/helper_program.h"
+#include "relay/event_client.h"
+#include "services/url_file.h"
 
 namespace {
 
@@ -17,7 +19,10 @@ struct CaptureSettings {
     int time = 0; // seconds left
     char path[128] = {};
     char real_url[256] = {};
+    char upload_url[512] = {};
 };
+
+constexpr char SUCCESS[] = "{\"action\": \"RemoteCapSuccess\"}";
 
 std::mutex capture_mutex;
 CaptureSettings capture;
@@ -30,10 +35,10 @@ bool is_plain_word(const char *text) {
 }
 
 // Counts down while the file waits. True when it is time to upload it; then `path` names it.
-bool upload_is_due(Text<128> *path) {
+bool upload_is_due(CaptureSettings *due) {
     std::lock_guard lock(capture_mutex);
     if (capture.real_url[0] == '\0' || access(capture.path, F_OK) != 0) return false;
-    copy_text(path->text, capture.path);
+    *due = capture;
     if (capture.time == 0) return true;
     if (capture.time > INT_MIN) capture.time--; // one below 0 never gets there
     return false;
@@ -41,7 +46,7 @@ bool upload_is_due(Text<128> *path) {
 
 } // namespace
 
-int set_cap_config(int seconds, const char *path, const char *real_url) {
+int set_cap_config(int seconds, const char *path, const char *real_url, const char *upload_url) {
     if (path && !is_plain_word(path)) {
         LOG("path is error");
         return -1;
@@ -50,6 +55,7 @@ int set_cap_config(int seconds, const char *path, const char *real_url) {
     capture.time = seconds;
     copy_text(capture.path, path);
     copy_text(capture.real_url, real_url);
+    copy_text(capture.upload_url, upload_url);
     return 0;
 }
 
@@ -67,7 +73,15 @@ int get_cap_realurl(char *address, int size) {
 }
 
 void capture_round() {
-    Text<128> path;
-    if (!upload_is_due(&path)) return;
-    rvxa_run_cmd_ext(format_text<128>("%s %s", PUT_FILE_PROGRAM, path.text).text);
+    CaptureSettings due;
+    if (!upload_is_due(&due)) return;
+    const Text<256> command = format_text<256>("%s %s", PUT_FILE_PROGRAM, due.path);
+    if (due.upload_url[0] == '\0') {
+        rvxa_run_cmd_ext(command.text);
+        return;
+    }
+    const UrlFile address(due.upload_url, LogSite::here());
+    const bool uploaded = address && rvxa_run_cmd_ext(command.text) == 0;
+    unlink(due.path);
+    if (uploaded) udp_send_data(SUCCESS, sizeof SUCCESS - 1);
 }

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/disk_format.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "core/bus.h"
+#include "core/registration.h"
+#include "core/text.h"
+#include "core/thread.h"
+#include "relay/event_client.h"
+#include "services/disks.h"
+#include "services/members.h"
+#include "services/service.h"
+
+namespace {
+
+constexpr size_t LONGEST_PATH = 127;
+constexpr int ANOTHER_AT_WORK = 409;
+constexpr char ALLOWED[] = "1";
+
+std::atomic<bool> at_work;
+
+void report_outcome(int result) {
+    Text<256> datagram = {};
+    snprintf(datagram.text, sizeof datagram.text, "{\"action\": \"outFormatFeedback\", \"result\": %d}%s",
+             result, "");
+    udp_send_data(datagram.text, sizeof datagram.text);
+}
+
+void *format_proc(void *argument) {
+    const std::unique_ptr<std::string> path(static_cast<std::string *>(argument));
+    BusMessage message;
+    message.text("diskpath", path->c_str());
+    const int result = set_dev_info("vrop.ecm", "format", message);
+    LOG("format disk:%s ret:%d", path->c_str(), result);
+    at_work = false;
+    report_outcome(result == 0 ? 0 : 1);
+    return nullptr;
+}
+
+bool is_listed(const std::string &path) {
+    const std::vector<Disk> disks = external_disks();
+    return std::any_of(disks.begin(), disks.end(), [&](const Disk &disk) { return disk.path == path; });
+}
+
+ServiceAnswer format_disk(const ServiceRequest &request) {
+    auto path = std::make_unique<std::string>();
+    const bool named = take_text(request.json, "diskPath", LONGEST_PATH, path.get()) == Member::good;
+    if (strcmp(get_format_flag(), ALLOWED) != 0 || !named || !is_listed(*path)) {
+        LOG_AT(request.site, "format disk is refused");
+        return answer_failed();
+    }
+    if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
+    if (start_detached(format_proc, path.get()) != 0) {
+        at_work = false;
+        LOG_AT(request.site, "create pthread fail");
+        return answer_failed();
+    }
+    (void)path.release();
+    return answer_done();
+}
+
+constexpr Service OUTDISK_FORMAT = {.name = "outdiskFormat",
+                                    .entry = "outdiskFormat_call ...\n",
+                                    .parameters = Parameters::needed,
+                                    .answers_bad_parameters = true};
+
+} // namespace
+
+int outdiskFormat_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    return serve(OUTDISK_FORMAT, {handle, id, parameters}, format_disk);
+}

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/remote_capture.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+#include "core/clock.h"
+#include "core/files.h"
+#include "core/process.h"
+#include "core/thread.h"
+#include "services/capture.h"
+#include "services/members.h"
+#include "services/packet_file.h"
+#include "services/service.h"
+
+namespace {
+
+constexpr char DRAFT_FILE[] = "/aptmp/qvtk_capture.draft";
+constexpr char INTERFACES[] = "/sys/class/net/";
+constexpr size_t CAPTURE_MAX = 8 * 1024 * 1024;
+constexpr size_t LONGEST_INTERFACE = 15, LONGEST_FILTER = 255, LONGEST_UPLOAD_URL = 511, LONGEST_URL = 255;
+constexpr int64_t LONGEST_TIME = 300; // seconds
+constexpr unsigned LOOK_MILLIS = 100; // between two looks at what has come
+constexpr unsigned END_LOOKS = 30;    // for tcpdump to end by itself
+constexpr int ANOTHER_AT_WORK = 409;
+
+std::atomic<bool> at_work;
+
+struct Capture {
+    int64_t seconds = 0;
+    std::string interface, filter, upload_url, url;
+    std::unique_ptr<Process> tcpdump;
+};
+
+bool read_capture(json_object *request, Capture *capture) {
+    const Member filter = take_text(request, "filter", LONGEST_FILTER, &capture->filter);
+    return take_integer(request, "time", 1, LONGEST_TIME, &capture->seconds) == Member::good &&
+           take_text(request, "interface", LONGEST_INTERFACE, &capture->interface) == Member::good &&
+           take_text(request, "uploadUrl", LONGEST_UPLOAD_URL, &capture->upload_url) == Member::good &&
+           take_text(request, "url", LONGEST_URL, &capture->url) == Member::good && filter != Member::bad;
+}
+
+bool has_interface(const std::string &name) {
+    return name.find('/') == std::string::npos && name[0] != '.' &&
+           access((INTERFACES + name).c_str(), F_OK) == 0;
+}
+
+// The filter stands behind "--", so that none of it is an option.
+Arguments tcpdump_arguments(const Capture &capture, const Arguments &options) {
+    Arguments arguments = {"tcpdump", "-n", "-i", capture.interface};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    if (!capture.filter.empty()) arguments.insert(arguments.end(), {"--", capture.filter});
+    return arguments;
+}
+
+// Asks tcpdump itself whether the filter is one. Its words go to the log.
+bool check_filter(const Capture &capture, LogSite site) {
+    Process check(tcpdump_arguments(capture, {"-d"}), Process::Piped::error);
+    if (!check) {
+        LOG_AT(site, "tcpdump cannot be run: %s",
+               check.error() == ENOENT ? "install the package tcpdump" : "fail");
+        return false;
+    }
+    constexpr size_t WORDS = 256;
+    std::string words;
+    if (check.read_all(WORDS, &words) == 0) return true;
+    LOG_AT(site, "tcpdump refuses: %s", words.c_str());
+    return false;
+}
+
+// What the file holds so far. Of one thread.
+struct CaptureFile {
+    Descriptor file;
+    PacketLength length;
+    size_t size = 0;
+};
+
+// Takes over what tcpdump has written since. False when there is no more room, or it has closed its end.
+bool take_packets(int from, CaptureFile *to) {
+    uint8_t piece[16 * 1024];
+    for (;;) {
+        const ssize_t got = read(from, piece, sizeof piece);
+        if (got < 0) return errno == EAGAIN || errno == EINTR;
+        const auto count = static_cast<size_t>(got);
+        if (count == 0 || to->size + count > CAPTURE_MAX) return false;
+        if (!write_all(to->file.get(), reinterpret_cast<char *>(piece), count)) return false;
+        to->length.take(piece, count);
+        to->size += count;
+    }
+}
+
+void capture_for_its_time(const Capture &capture, CaptureFile *file) {
+    const time_t start = monotonic_seconds();
+    while (take_packets(capture.tcpdump->output(), file) && monotonic_seconds() - start < capture.seconds)
+        pause_millis(LOOK_MILLIS);
+    capture.tcpdump->signal(SIGINT); // it writes what it still holds, and ends
+    for (unsigned look = 0; look < END_LOOKS && !capture.tcpdump->has_ended(); look++) {
+        take_packets(capture.tcpdump->output(), file);
+        pause_millis(LOOK_MILLIS);
+    }
+    take_packets(capture.tcpdump->output(), file);
+}
+
+// The file appears under its name when it is whole.
+void *capture_proc(void *argument) {
+    const std::unique_ptr<Capture> capture(static_cast<Capture *>(argument));
+    CaptureFile file = {.file = create_private_file(DRAFT_FILE), .length = {}, .size = 0};
+    if (file.file) capture_for_its_time(*capture, &file);
+    const bool whole = file.file && file.length.whole() > 0 &&
+                       ftruncate(file.file.get(), static_cast<off_t>(file.length.whole())) == 0;
+    LOG("capture ended, bytes:%zu", whole ? file.length.whole() : 0);
+    if (!whole || rename(DRAFT_FILE, CAPTURE_FILE) != 0) unlink(DRAFT_FILE);
+    at_work = false;
+    return nullptr;
+}
+
+ServiceAnswer start_capture(std::unique_ptr<Capture> capture, LogSite site) {
+    unlink(CAPTURE_FILE);
+    set_cap_config(0, CAPTURE_FILE, capture->url.c_str(), capture->upload_url.c_str());
+    capture->tcpdump = std::make_unique<Process>(tcpdump_arguments(*capture, {"-U", "-w", "-"}));
+    if (*capture->tcpdump && start_detached(capture_proc, capture.get()) == 0) {
+        (void)capture.release();
+        return answer_done();
+    }
+    LOG_AT(site, "create pthread fail");
+    at_work = false;
+    return answer_failed();
+}
+
+ServiceAnswer capture_packets(const ServiceRequest &request) {
+    auto capture = std::make_unique<Capture>();
+    if (!read_capture(request.json, capture.get()) || !has_interface(capture->interface)) {
+        LOG_AT(request.site, "capture is refused");
+        return answer_failed();
+    }
+    if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
+    if (check_filter(*capture, request.site)) return start_capture(std::move(capture), request.site);
+    at_work = false;
+    return answer_failed();
+}
+
+constexpr Service REMOTE_CAP = {.name = "remoteCap",
+                                .entry = "remotecap_call ...\n",
+                                .parameters = Parameters::needed,
+                                .answers_bad_parameters = true};
+
+} // namespace
+
+int remotecap_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters) {
+    return serve(REMOTE_CAP, {handle, id, parameters}, capture_packets);
+}

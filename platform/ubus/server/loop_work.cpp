@@ -23,7 +23,9 @@ void init_loop() {
 } // namespace
 
 WatchedFd::WatchedFd(int descriptor, std::function<void()> on_ready)
-    : uloop_fd{}, ready(std::move(on_ready)) {
+    : uloop_fd(), ready(std::move(on_ready)) {
+    eof = error = registered = false;
+    flags = 0;
     fd = descriptor;
     cb = [](uloop_fd *sock, unsigned) {
         const std::function<void()> function = static_cast<WatchedFd *>(sock)->ready;

@@ -6,7 +6,7 @@ import time
 
 # name: (what the request holds, what the service does)
 SERVICES = {
-    "tuningWifi": ("", "has no work yet"),
+    "tuningWifi": ('["radio": 1 or 2]', "the radios go to their best channel"),
     "reboot": ("", "restart the router"),
     "recovery": ('["resetType": 0]', "back to factory state, to the router's level"),
     "checkSignal": ('"wifiSignal": 1 (2.4 GHz) or 2 (5 GHz)', "class of the transmit power, 0 strong to 2 weak"),
@@ -17,7 +17,7 @@ SERVICES = {
     "allApMonitorSpeed": ("", "the rates of all active devices"),
     "tuningBackupCfg": ("", "upload a backup of the configuration"),
     "cfgReport": ('"backupUrl"', "download a backup and restore it"),
-    "relayScan": ("", "has no work yet"),
+    "relayScan": ('"radio": 0 (2.4 GHz) or 1 (5 GHz)', "the networks around, strongest first"),
     "maxMonitorSpeed": ('["url", "time": 8 s, "interval": 1000 ms], at least {}', "download speed test"),
     "cutUsb": ('["diskPath"]', "detach the USB disk"),
     "diskCheck": ("", "the external disks and their room"),
@@ -25,9 +25,9 @@ SERVICES = {
     "connectCheck": ("", "whether the WAN and the storage service are connected"),
     "uploadLog": ("", "has no work yet"),
     "outdiskFormat": ("", "has no work yet"),
-    "channelQuality": ("", "has no work yet"),
+    "channelQuality": ('["radio": 1 or 2]', "the channels and their scores"),
     "portLinkSpeed": ("", "the wired ports and their speed"),
-    "rssiQualityCheck": ("", "has no work yet"),
+    "rssiQualityCheck": ('["mac"]', "how well the wireless stations are heard"),
     "networkCheck": ('["testUrl", "dnsTimeout": 100 ms], or ""', "whether IPv6 is down, and names are slow"),
     "physicsInfo": ("", "processor, memory, flash, temperatures"),
     "pingTest": ('"times": seconds to wait, "testUrl": host', "loss in percent and average delay in ms"),

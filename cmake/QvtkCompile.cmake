@@ -21,14 +21,14 @@ add_compile_options(-Wall -Wextra -Wformat=2 -Wshadow -Wconversion -Wno-missing-
                     $<$<COMPILE_LANGUAGE:CXX>:-Wno-sign-conversion>)
 add_compile_definitions(_GNU_SOURCE)
 if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
-  # Nothing is thrown, so nothing is unwound.
-  add_compile_options(-ffunction-sections -fdata-sections
-                      $<$<COMPILE_LANGUAGE:CXX>:-fno-asynchronous-unwind-tables>)
+  # What is built without exceptions is not unwound (and keeps its frame pointers).
+  add_compile_options(-ffunction-sections -fdata-sections -fno-asynchronous-unwind-tables -fno-unwind-tables)
   add_link_options(-Wl,--gc-sections -Wl,-z,max-page-size=${QVTK_PAGE_SIZE})
-  # What an attacker finds hard to use, at the cost that docs/porting.md tells. Fortifying is the C library's to do.
+  # What an attacker finds hard to use, at the cost that docs/porting.md tells. Fortifying is the C library's to do;
+  # -fstack-protector-strong would cost twice as much.
   include(CheckPIESupported)
   check_pie_supported()
-  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
+  add_compile_options(-fstack-protector -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
                       -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
   add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
   # The little that is used of the C++ library weighs less, on disk and in memory, than loading all of it.
@@ -73,6 +73,14 @@ function(qvtk_link_alone name with_sdk)
   target_link_libraries(${name}_alone PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,${name}> qvtk_clock)
   if(with_sdk)
     target_link_libraries(${name}_alone PRIVATE tebra::sdk)
+  endif()
+endfunction()
+
+# qvtk_ship(PROGRAM): it goes on the device.
+function(qvtk_ship program)
+  install(TARGETS ${program} RUNTIME COMPONENT agent)
+  if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+    target_link_libraries(${program} PRIVATE qvtk_no_exceptions)
   endif()
 endfunction()
 

@@ -311,9 +311,9 @@ def backup_and_restore(rig, watch):
                .get("vrop.webwifisimple", {}).get("wifi24ssid") == "Home")
     rig.restart_daemon()
     expect("the way after the reset", rig.router("vrop.waninfo")["workmode"], "ROUTE")
-    done = rig.log_count("pthread_exit")
+    done = rig.log_count("set internet config ok")
     expect("the answer", rig.call("cfgReport", {"backupUrl": f"{rigs.CLOUD_URL}/backup/{name}"}), (200, {}))
-    rig.wait_logged("pthread_exit", more_than=done)
+    rig.wait_logged("set internet config ok", more_than=done)
     expect("what came back", settings(rig), before)
     return name
 

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "devices/runtime_report.h"
 #include "helper.h"
@@ -100,6 +101,16 @@ TEST(Helper, HasLimits) {
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_EQ(WEXITSTATUS(status), 180);
+}
+
+TEST(HelperLimits, EndTheTransferAndTheProgram) {
+    // what start_helper takes away is only the child's
+    EXPECT_EXIT((start_helper("x"), _exit(static_cast<int>(alarm(0)))),
+                testing::ExitedWithCode(PROGRAM_SECONDS), "");
+    Transfer transfer;
+    Answer answer = {.text = {}, .limit = REPLY_LIMIT};
+    EXPECT_FALSE(exchange(&transfer, "http://127.0.0.1:1/", &answer));
+    EXPECT_THAT(curl_spy.options, testing::IsSupersetOf({"CONNECTTIMEOUT=15", "TIMEOUT=120"}));
 }
 
 } // namespace

@@ -49,13 +49,11 @@ unpack() {
 }
 
 check_packages() {
-    local package staged
-    for package in "$packages"/*.ipk; do
-        staged=$(mktemp -d "$work/staged.XXXXXX")
-        tar -xzOf "$package" ./data.tar.gz | tar -xpzC "$staged"
-        bash "$packaging/test/staged.sh" "$staged" "$device" "$repo"
-        rm -rf "$staged"
-    done
+    local package
+    rm -rf "$work/staged"
+    mkdir "$work/staged"
+    for package in "$packages"/*.ipk; do tar -xzOf "$package" ./data.tar.gz | tar -xpzC "$work/staged"; done
+    "$packaging/test/staged.sh" "$work/staged" "$device" "$repo"
     "$repo/dev/sandbox" "$packaging/test/init_test.sh" dash
     "$repo/dev/sandbox" "$packaging/test/init_test.sh" busybox sh
 }

@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: Apache-2.0
-# staged.sh STAGED DEVICE BUILD: what a device's owner expects of the files of a package, unpacked in STAGED. Libraries
-# that they need are in STAGED or in DEVICE; BUILD is a folder that they must not name.
+# staged.sh STAGED DEVICE BUILD: what a device's owner expects of the files of the packages, unpacked in STAGED. The
+# libraries that they need are there or in DEVICE; BUILD is a folder that they must not name.
 set -euo pipefail
 staged=$1 device=$2 build=$3
 failed=0

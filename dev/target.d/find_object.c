@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Debian's unwinder asks the C library which object holds an address and where its frame tables are. musl does not
-// know the question by that name; dl_iterate_phdr answers it. The record is the one of <dlfcn.h> for 64-bit Arm.
+// Debian's unwinder asks the C library which object holds an address and where its frame tables are. musl
+// does not know the question by that name; dl_iterate_phdr answers it. The record is the one of <dlfcn.h> for
+// 64-bit Arm.
 #define _GNU_SOURCE
 #include <link.h>
 

@@ -8,7 +8,7 @@
 struct json_object;
 
 /* Each of these adds to the message and returns true, or returns false with the message as it was. */
-bool blobmsg_add_object(struct blob_buf *b, struct json_object *obj); /* the members of an object */
+bool blobmsg_add_object(struct blob_buf *b, struct json_object *obj);   /* the members of an object */
 bool blobmsg_add_json_from_string(struct blob_buf *b, const char *str); /* only an object is taken */
 
 /* The text, for free(); NULL only when memory ran out. `list`: the content in braces (in brackets for an

@@ -44,7 +44,8 @@ extern bool uloop_cancelled;
 /* Ignores SIGPIPE, and takes SIGINT, SIGTERM and SIGCHLD over where their disposition is the default. May be
  * called again. 0 or -1. */
 int uloop_init(void);
-/* Runs until uloop_end, or a SIGINT or SIGTERM that uloop took over. Returns 0 or the number of the signal. */
+/* Runs until uloop_end, or a SIGINT or SIGTERM that uloop took over. Returns 0 or the number of the signal.
+ */
 int uloop_run(void);
 
 /* Adds a descriptor, or changes its flags; without READ and WRITE removes it. 0 or -1. */

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The services that move the configuration, as the SDK calls them.
+#include <algorithm>
 #include <filesystem>
 #include <thread>
 
@@ -185,6 +186,37 @@ TEST(CfgReport, FetchesAnswersAndThenRestores) {
     fs::create_directory(URL_FILE);
     EXPECT_EQ(answer_of(cfgReport_call, request.c_str()), R"(-1 400 {"urltxt":"failed"})");
     expect_logged({"fopen file:/tmp/url.txt fail"});
+}
+
+// Each applies the document that was fetched for it, though daemon and bus restart meanwhile.
+TEST(CfgReport, TakesTurnsFromDownloadToTheRestoresEnd) {
+    BackupRig rig;
+    script("post_data", R"(echo '{"WiFiCfg":{"wifi_cfg_24G":{"ESSID":"'$(cat /tmp/url.txt)'"}},)"
+                        R"("MESHCfg":{"Enable":0},"InternetCfg":{"RouterMode":0}}' >/tmp/backup.config)");
+    moving_clock::on_pause([&](moving_clock::Millis millis) {
+        if (millis == 5000) rig.router.restart(true);
+    });
+    clear_main_log();
+    rig.router.clear_calls();
+    const auto call = [](const char *request) {
+        EXPECT_EQ(cfgReport_call(1, 1, nullptr, nullptr, request), 0);
+    };
+    std::thread other(call, R"({"backupUrl":"First"})");
+    call(R"({"backupUrl":"Second"})");
+    other.join();
+    const Texts one = {"cmd:/usr/bin/post_data 2", "set wifi config ok", "set mesh config ok",
+                       "set internet config ok", "pthread_exit"};
+    script("post_data", "exit 1"); // waits for both
+    EXPECT_EQ(cfgReport_call(1, 1, nullptr, nullptr, "{}"), -1);
+    moving_clock::on_pause({});
+    Texts said = log_messages(), twice = one;
+    std::erase_if(said, [&](const auto &line) { return std::count(one.begin(), one.end(), line) == 0; });
+    twice.insert(twice.end(), one.begin(), one.end());
+    twice.push_back(one[0]);
+    EXPECT_EQ(said, twice);
+    EXPECT_THAT(rig.router.calls("vrop.webwifisimple", "set").size(), 2u);
+    EXPECT_THAT(rig.writes(), testing::IsSupersetOf({R"(webwifisimple {"wifi24ssid":"First"})",
+                                                     R"(webwifisimple {"wifi24ssid":"Second"})"}));
 }
 
 TEST(RemoteCfgExport, ExportsBeforeItLooksAtItsRequest) {

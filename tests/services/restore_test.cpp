@@ -2,7 +2,6 @@
 // Backup documents and what a restore makes of them.
 #include <cstring>
 #include <filesystem>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -300,28 +299,6 @@ TEST(Restore, ReadsOneWholeDocumentOrNothing) {
         EXPECT_EQ(tunningBackupCfg_set(), -1);
         EXPECT_TRUE(has_logged("open file fail"));
     }
-}
-
-TEST(Restore, RestoresAtOnceTakeTurnsAndOutliveABusRestart) {
-    BackupRig rig;
-    const std::string document =
-        R"({"WiFiCfg":{"wifi_cfg_24G":{"ESSID":"Restored"}},"MESHCfg":{"Enable":0},"InternetCfg":{"RouterMode":0}})";
-    moving_clock::on_pause([&](moving_clock::Millis) { rig.router.restart(true); });
-    std::ofstream(BACKUP_FILE) << document;
-    clear_main_log();
-    std::thread second(tunningBackupCfg_set);
-    EXPECT_EQ(tunningBackupCfg_set(), 0);
-    second.join();
-    moving_clock::on_pause({});
-    Texts said = log_messages();
-    std::erase_if(said, [](const std::string &line) {
-        return !line.ends_with("ok") && line.find("start") == line.npos;
-    });
-    const Texts one = {"------------->start enter tunningBackupCfg set<--------------", "set wifi config ok",
-                       "set mesh config ok", "set internet config ok"};
-    EXPECT_EQ(Texts(said.begin(), said.begin() + 4), one);
-    EXPECT_EQ(Texts(said.begin() + 4, said.end()), one);
-    EXPECT_EQ(rig.router.value("/vrop.webwifisimple/wifi24ssid"), "\"Restored\"");
 }
 
 } // namespace

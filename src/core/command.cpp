@@ -2,22 +2,38 @@
 #include "core/command.h"
 
 #include <cerrno>
+#include <csignal>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/log.h"
+#include "core/time_limit.h"
 
-// The wait status of the command, -1 when there is none. Not system(): that lets every SIGINT go by unheard
-// while the command runs.
-static int shell_status(const char *command) {
+// Leading a process group, so that what hangs can be ended with all that it has started; -1 without a shell.
+static pid_t start_shell(const char *command) {
     if (command == nullptr) return -1;
     const char *words[] = {"sh", "-c", command, nullptr};
-    pid_t child = 0;
-    if (posix_spawn(&child, "/bin/sh", nullptr, nullptr, const_cast<char **>(words), environ) != 0) return -1;
+    posix_spawnattr_t leading;
+    if (posix_spawnattr_init(&leading) != 0) return -1;
+    posix_spawnattr_setflags(&leading, POSIX_SPAWN_SETPGROUP);
+    pid_t shell = -1;
+    if (posix_spawn(&shell, "/bin/sh", nullptr, &leading, const_cast<char **>(words), environ) != 0)
+        shell = -1;
+    posix_spawnattr_destroy(&leading);
+    return shell;
+}
+
+// Not system(): that lets every SIGINT go by unheard while the command runs.
+int shell_status(const char *command, unsigned limit_millis) {
+    const pid_t shell = start_shell(command);
+    if (shell < 0) return -1;
+    const TimeLimit limit(-1, limit_millis);
     int status = 0;
-    while (waitpid(child, &status, 0) < 0)
+    while (waitpid(shell, &status, 0) < 0) {
         if (errno != EINTR) return -1;
+        if (TimeLimit::over()) kill(-shell, SIGKILL);
+    }
     return status;
 }
 
@@ -26,7 +42,7 @@ static bool has_exited(int status) {
 }
 
 int run_cmd(int *exit_code, const char *command) {
-    int status = shell_status(command);
+    int status = shell_status(command, COMMAND_LIMIT_MILLIS);
     if (!has_exited(status)) {
         LOG("Child process is signaled");
         return -1;
@@ -42,7 +58,7 @@ int run_cmd_ext(const char *command) {
 
 int rvxa_run_cmd(int *exit_code, const char *command) {
     LOG("cmd:%s", command == nullptr ? "" : command);
-    int status = shell_status(command);
+    int status = shell_status(command, COMMAND_LIMIT_MILLIS);
     LOG("status:%d", status);
     if (!has_exited(status)) {
         LOG("Child process is signaled");

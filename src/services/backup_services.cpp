@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/backup_services.h"
 
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -69,9 +70,25 @@ bool fetch_document(LogSite site) {
     return status == 0;
 }
 
-ServiceAnswer fetch_and_restore(const ServiceRequest &request) {
-    cfgReport_progress(40);
-    pause_seconds(STEP_SECONDS);
+// BACKUP_FILE belongs to one restore from its download to its end; who comes meanwhile downloads after that.
+std::mutex turn_mutex;
+std::condition_variable turn_over;
+bool turn_taken;
+
+void take_turn() {
+    std::unique_lock lock(turn_mutex);
+    turn_over.wait(lock, [] { return !turn_taken; });
+    turn_taken = true;
+}
+
+void end_turn() {
+    std::lock_guard lock(turn_mutex);
+    turn_taken = false;
+    turn_over.notify_one();
+}
+
+// Downloads the document and starts its restore, which ends the turn when this answers with success.
+ServiceAnswer start_restore(const ServiceRequest &request) {
     char address[BACKUP_URL_SIZE];
     copy_text(address, request_text(request.json, "backupUrl"));
     {
@@ -81,13 +98,23 @@ ServiceAnswer fetch_and_restore(const ServiceRequest &request) {
     }
     cfgReport_progress(80);
     pause_seconds(STEP_SECONDS);
-    if (cfgReport_threadStart() != 0) {
-        LOG_AT(request.site, "config fail");
-        return answer_failed();
+    if (cfgReport_threadStart() == 0) return answer_done();
+    LOG_AT(request.site, "config fail");
+    return answer_failed();
+}
+
+ServiceAnswer fetch_and_restore(const ServiceRequest &request) {
+    cfgReport_progress(40);
+    pause_seconds(STEP_SECONDS);
+    take_turn();
+    const ServiceAnswer answer = start_restore(request);
+    if (answer.code != SERVICE_OK) {
+        end_turn();
+        return answer;
     }
     cfgReport_progress(100);
     pause_seconds(LAST_STEP_SECONDS);
-    return answer_done();
+    return answer;
 }
 
 } // namespace
@@ -139,5 +166,6 @@ int cfgReport_threadStart() {
 void *cfgReport_proc(void *) {
     tunningBackupCfg_set();
     LOG("pthread_exit\n");
+    end_turn();
     return nullptr;
 }

@@ -5,7 +5,8 @@
 
 #include <cstdint>
 
-// Handlers of the service table.
+// Handlers of the service table. A cfgReport_call waits with its download until the restore of another has
+// ended.
 int tuningBackupCfg_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 int cfgReport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 int remoteCfgExport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);

@@ -60,14 +60,15 @@ ServiceAnswer drop_caches(const ServiceRequest &request) {
 // A path that is there and no text is refused rather than left out: without one the daemon chooses the disk.
 ServiceAnswer cut_usb(const ServiceRequest &request) {
     BusMessage message;
-    if (request.json != nullptr) LOG_AT(request.site, "msg:%s", request.text);
-    if (JsonGetObj(request.json, "diskPath", nullptr)) {
+    if (request.json != nullptr) {
+        LOG_AT(request.site, "msg:%s", request.text);
         const char *given = request_text(request.json, "diskPath");
-        if (given == nullptr) return answer_action(request, -1, "diskPath is error");
+        if (given == nullptr && JsonGetObj(request.json, "diskPath", nullptr))
+            return answer_action(request, -1, "diskPath is error");
         char path[128];
         copy_text(path, given);
         LOG_AT(request.site, "diskPath:%s", path);
-        message.text("hcdnpath", path);
+        if (given != nullptr) message.text("hcdnpath", path);
     }
     message.integer("cutusb", 1);
     return answer_action(request, set_dev_info("vrop.ecm", "set", message), "cutusb fail");

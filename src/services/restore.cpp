@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/restore.h"
 
-#include <mutex>
 #include <string>
 
 #include "core/clock.h"
@@ -12,7 +11,6 @@
 
 namespace {
 
-std::mutex restore_mutex; // one restore at a time: its sections belong together
 constexpr unsigned SETTLE_SECONDS = 5;
 
 // The file's document; null after having logged why.
@@ -56,7 +54,6 @@ int set_tunningBackupCfg_config(const BackupRecord &record) {
 }
 
 int tunningBackupCfg_set() {
-    std::lock_guard lock(restore_mutex);
     LOG("------------->start enter tunningBackupCfg set<--------------");
     const JsonRoot document = read_document();
     if (!document) return -1;

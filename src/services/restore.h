@@ -13,7 +13,7 @@ inline constexpr char BACKUP_FILE[] = "/tmp/backup.config";
 
 // Applies the document in BACKUP_FILE, of which the first 2048 bytes are read. The result of its Internet
 // settings, 0 when it gives none; -1 when the file cannot be read or holds no JSON object. Blocks for more
-// than ten seconds. Any thread; restores take turns.
+// than ten seconds. Any thread, one at a time: the file and the sections of a restore belong together.
 int tunningBackupCfg_set();
 
 // Applies a record section by section, Wi-Fi first, and logs how each went; one that fails does not keep the

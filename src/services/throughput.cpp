@@ -6,7 +6,7 @@
 #include "core/json_path.h"
 #include "core/report_gate.h"
 #include "core/text.h"
-#include "devices/device_document.h"
+#include "devices/station_rates.h"
 #include "properties/field.h"
 #include "properties/rate.h"
 #include "services/lan_rates.h"
@@ -64,7 +64,7 @@ ServiceAnswer measure_download(const ServiceRequest &request) {
 ServiceAnswer device_speed(const ServiceRequest &request) {
     char mac[64], body[128];
     copy_text(mac, request_text(request.json, "mac"));
-    const int result = get_one_lanDeviceInfo(mac, static_cast<int>(MOST_DEVICES), body, sizeof body);
+    const int result = get_one_lanDeviceInfo(mac, get_alldevice_num(), body, sizeof body);
     if (result != 0) return answer_failed("{}", result);
     LOG_AT(request.site, "buf:%s", body);
     return answer_with(body);

@@ -170,6 +170,19 @@ TEST(Command, Results) {
                             "Child process is signaled", "Child process is signaled"));
 }
 
+// With what it has started, and without holding back who runs another at the same time.
+TEST(Command, ThatHangsIsKilledWholly) {
+    int hold[2];
+    ASSERT_EQ(pipe(hold), 0);
+    std::jthread other([] { EXPECT_EQ(shell_status("sleep 0.3", COMMAND_LIMIT_MILLIS), 0); });
+    const int status = shell_status("trap '' TERM; sleep 1000 & sleep 1000; true", 50);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    EXPECT_EQ(close(hold[1]), 0);
+    char byte = 0;
+    EXPECT_EQ(read(hold[0], &byte, 1), 0) << "somebody still has the other end";
+    close(hold[0]);
+}
+
 TEST(StorageFile, IsMadeOnceAndLeftAlone) {
     set_default_logs();
     const std::string path = "/apetc/rvxa/ecm.conf";

@@ -1,51 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 // The services that move the configuration, as the SDK calls them.
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <thread>
 
-#include <gmock/gmock.h>
-
-#include "services/backup_rig.h"
+#include "services/backup_read.h"
 #include "services/backup_services.h"
+#include "services/service_rig.h"
 #include "services/url_file.h"
 #include "support/event_catcher.h"
-#include "support/moving_clock.h"
-#include "support/recording_sdk.h"
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 using Texts = std::vector<std::string>;
-using Handler = int (*)(uint32_t, uint32_t, void *, void *, const char *);
 namespace fs = std::filesystem;
 
-// Puts a shell script into /usr/bin.
-void script(const std::string &program, const std::string &lines) {
-    const std::string path = "/usr/bin/" + program;
-    fs::remove(path);
-    std::ofstream(path) << "#!/bin/sh\n" << lines << "\n";
-    fs::permissions(path, fs::perms::all);
-}
-
-// What the handler returns and answers: "-1" or "0 200 {}".
-std::string answer_of(Handler handler, const char *parameters) {
-    recording_sdk::clear_calls();
-    clear_main_log();
-    std::string text = std::to_string(handler(7, 8, nullptr, nullptr, parameters));
-    for (const recording_sdk::Call &call : recording_sdk::calls_of("TEBRA_SDK_Handle_Response"))
-        text += " " + call.arguments[2] + " " + call.arguments[3];
-    return text;
-}
-
-void expect_logged(const Texts &lines) {
-    for (const std::string &line : lines)
-        EXPECT_TRUE(has_logged(line)) << line;
-}
-
 TEST(Backup, IsUploadedUnderANameOfItsOwnAndRemoved) {
-    BackupRig rig;
+    ServiceRig rig;
     script("post_file", "for f in /tmp/*_*_*.config; do echo \"$f\" >>/tmp/names; stat -c %a \"$f\" "
                         ">>/tmp/names; cp \"$f\" /tmp/sent; "
                         "done\nexit 1"); // whether the cloud has it is not asked
@@ -56,18 +32,18 @@ TEST(Backup, IsUploadedUnderANameOfItsOwnAndRemoved) {
                                       {std::string(200, 'm'), std::string(63, 'm')}}) {
         fs::remove("/tmp/names");
         rig.router.set_state("/vrop.ftinfo/model", "\"" + model + "\"");
-        EXPECT_EQ(answer_of(tuningBackupCfg_call, nullptr), "0 200 {}");
+        EXPECT_EQ(rig.call("tuningBackupCfg", nullptr), "0: 200 tuningBackupCfg {}");
         EXPECT_EQ(text_of("/tmp/names"), "/tmp/" + part + "_A1:B2:C3:D4:E5:F6_202405010800.config\n600\n");
         EXPECT_EQ(text_of("/tmp/sent"), rig.backup());
     }
     for (const fs::directory_entry &entry : fs::directory_iterator("/tmp"))
         EXPECT_NE(entry.path().extension(), ".config");
-    expect_logged({"tuningBackupCfg_call ...", ""});
+    EXPECT_TRUE(has_logged("tuningBackupCfg_call ..."));
 }
 
 TEST(Backup, HoldsALongConfigurationWholeOrFails) {
     const std::string ssid(32, 's'), key(63, 'k'), name(127, 'n');
-    BackupRig rig(
+    ServiceRig rig(
         R"({"vrop.waninfo":{"networktype":"PPPoE","protocoltype":"IPv4/IPv6","pppoename":")" + name +
         R"(","pppoepwd":")" + key +
         R"(","dns":"255.255.255.253,255.255.255.254,255.255.255.255","ipaddr":"255.255.255.250","subnetmask":"255.255.255.252",)"
@@ -97,13 +73,13 @@ TEST(Backup, HoldsALongConfigurationWholeOrFails) {
     char small[16] = "before";
     EXPECT_EQ(tunningBackupCfg_get(small, sizeof small), -1);
     EXPECT_STREQ(small, "");
-    EXPECT_EQ(answer_of(tuningBackupCfg_call, "{}"), "-1 400 {}");
-    expect_logged({"JsonObj To String fail"});
+    EXPECT_EQ(rig.call("tuningBackupCfg", "{}"), "-1: 400 tuningBackupCfg {}");
+    EXPECT_TRUE(has_logged("JsonObj To String fail"));
     EXPECT_FALSE(fs::exists("/tmp/posted"));
 }
 
 TEST(Backup, IsNotMadeOfHalfARouter) {
-    BackupRig rig;
+    ServiceRig rig;
     script("post_file", "echo called >>/tmp/posted");
     for (const auto &[object, line] :
          {std::pair<std::string, std::string>{"vrop.webwifisimple", "get wifi config fail"},
@@ -112,135 +88,155 @@ TEST(Backup, IsNotMadeOfHalfARouter) {
           {"vrop.devinfo", "get web passwd fail"},
           {"*", "get wifi config fail"}}) {
         rig.router.add_fault({.kind = router::Fault::Kind::Absent, .object = object});
-        EXPECT_EQ(answer_of(tuningBackupCfg_call, "not JSON"), "-1 400 {}");
-        expect_logged({line});
+        EXPECT_EQ(rig.call("tuningBackupCfg", "not JSON"), "-1: 400 tuningBackupCfg {}");
+        EXPECT_TRUE(has_logged(line));
         rig.router.clear_faults();
     }
     fs::create_directory("/tmp/AX3000_A1:B2:C3:D4:E5:F6_202405010800.config"); // in the file's place
-    EXPECT_EQ(answer_of(tuningBackupCfg_call, nullptr), "-1 400 {}");
-    expect_logged({"creat  file fail"});
+    EXPECT_EQ(rig.call("tuningBackupCfg", nullptr), "-1: 400 tuningBackupCfg {}");
+    EXPECT_TRUE(has_logged("creat  file fail"));
     rig.router.add_fault(
         {.kind = router::Fault::Kind::Status, .object = "vrop.devinfo", .method = "get", .value = 6});
-    EXPECT_EQ(answer_of(tuningBackupCfg_call, nullptr), "-1 400 {}");
-    expect_logged({"set file name fail", "creat  file fail"});
+    EXPECT_EQ(rig.call("tuningBackupCfg", nullptr), "-1: 400 tuningBackupCfg {}");
+    EXPECT_TRUE(has_logged("set file name fail") && has_logged("creat  file fail"));
     EXPECT_FALSE(fs::exists("/tmp/posted"));
     rig.router.clear_faults();
     rig.router.add_fault({.kind = router::Fault::Kind::Absent, .object = "vrop.[mi][ep]*"}); // mesh and IPTV
     rig.router.set_state("/account/passwd", "\"no base64!\"");
-    EXPECT_THAT(rig.backup(), testing::EndsWith(R"("UserPwdCfg":{"Username":"admin"}})"));
+    EXPECT_THAT(rig.backup(), EndsWith(R"("UserPwdCfg":{"Username":"admin"}})"));
 }
 
 TEST(CfgReport, FetchesAnswersAndThenRestores) {
-    const std::string long_url = "http://host/" + std::string(300, 'a');
+    const std::string longest = "http://host/" + std::string(243, 'a'),
+                      longer = R"({"backupUrl":")" + longest + "b\"}";
     // takes the shell that runs it along, which may be itself
-    const std::string KILLED = "[ \"$(cat /proc/$PPID/comm)\" != sh ] || kill -9 $PPID; kill -9 $$";
+    const char *const killed = "[ \"$(cat /proc/$PPID/comm)\" != sh ] || kill -9 $PPID; kill -9 $$";
+    const char *const request = R"({"backupUrl":"http://h/'$(reboot)`x`%s"})", *const url =
+                                                                                   "http://h/'$(reboot)`x`%s";
     struct Case {
-        const char *parameters;
-        std::string helper; // what post_data does
-        std::string answer;
+        const char *parameters, *helper, *answer; // what post_data does
         size_t events;
         std::string url;
-        Texts lines;
+        const char *logged;
     };
-    const std::string request = R"({"backupUrl":"http://h/'$(reboot)`x`%s"})",
-                      url = "http://h/'$(reboot)`x`%s";
-    const std::string long_request = R"({"backupUrl":")" + long_url + "\"}";
     const Case cases[] = {
-        {nullptr, "exit 0", "-1", 0, "", {"param is NULL"}},
-        {"", "exit 0", "-1", 0, "", {"param is NULL"}},
-        {"{", "exit 0", "-1", 0, "", {"JsonStr Token fail"}},
-        {"{}", "exit 1", "-1 400 {}", 1, "", {"ret:1", "download fail"}},
-        {"[7]", "exit 1", "-1 400 {}", 0, "", {"param is no object"}},
-        {R"({"backupUrl":{}})", "exit 2", "-1 400 {}", 1, "", {"ret:2"}},
-        {request.c_str(), KILLED, "-1 400 {}", 1, url, {"ret:-1", "download fail"}},
-        {request.c_str(), "exit 0", "0 200 {}", 3, url, {"ret:0"}},
-        {long_request.c_str(), "exit 0", "0 200 {}", 3, long_url.substr(0, 255), {}},
+        {nullptr, "exit 0", "-1:", 0, "", "param is NULL"},
+        {"[7]", "exit 0", "-1: 400 cfgReport {}", 0, "", "param is no object"},
+        {"{}", "exit 1", "-1: 400 cfgReport {}", 1, "", "download fail"},
+        {R"({"backupUrl":{}})", "exit 2", "-1: 400 cfgReport {}", 1, "", "ret:2"},
+        {request, killed, "-1: 400 cfgReport {}", 1, url, "ret:-1"},
+        {request, "exit 0", "0: 200 cfgReport {}", 3, url, "ret:0"},
+        {longer.c_str(), "exit 0", "0: 200 cfgReport {}", 3, longest, "cfgReport_call ..."},
     };
-    BackupRig rig;
+    ServiceRig rig;
     EventCatcher relay(128);
-    auto event = [](int percent) {
-        return R"({"action": "cfgReportProgress", "progress": )" + std::to_string(percent) + "}";
-    };
-    const Texts events = {event(40), event(80), event(100)};
     for (const Case &row : cases) {
-        SCOPED_TRACE(row.answer + row.helper);
+        SCOPED_TRACE(std::string(row.answer) + row.helper);
         fs::remove(URL_FILE);
-        moving_clock::clear_pauses();
-        script("post_data",
-               "echo \"$*\" >/tmp/mode; echo '{\"MESHCfg\":{\"Enable\":0}}' >/tmp/backup.config\n" +
-                   row.helper);
-        EXPECT_EQ(answer_of(cfgReport_call, row.parameters), row.answer);
-        EXPECT_EQ(relay.take(), Texts(events.begin(), events.begin() + static_cast<long>(row.events)));
+        script("post_data", R"(echo "$*" >/tmp/mode; echo '{"MESHCfg":{"Enable":0}}' >/tmp/backup.config; )" +
+                                std::string(row.helper));
+        EXPECT_EQ(rig.call("cfgReport", row.parameters), row.answer);
+        Texts events;
+        for (size_t i = 0; i < row.events; i++)
+            events.push_back(R"({"action": "cfgReportProgress", "progress": )" +
+                             std::to_string(i == 0 ? 40 : 60 + 20 * i) + "}");
+        EXPECT_EQ(relay.take(), events);
         EXPECT_EQ(text_of(URL_FILE), row.url);
-        expect_logged(row.lines);
+        EXPECT_TRUE(has_logged(row.logged));
         if (row.events < 3) continue;
         EXPECT_EQ(text_of("/tmp/mode"), "2\n");
-        EXPECT_TRUE(wait_for_log("pthread_exit"));
-        expect_logged({"cfgReport_call ...", "set mesh config ok"});
+        EXPECT_TRUE(wait_for_log("pthread_exit") && has_logged("set mesh config ok"));
         std::vector<moving_clock::Millis> pauses = moving_clock::pauses(); // the restore's own among them
         std::erase(pauses, 5000);
         EXPECT_THAT(pauses, ElementsAre(2000, 2000, 1000));
     }
     fs::remove(URL_FILE);
     fs::create_directory(URL_FILE);
-    EXPECT_EQ(answer_of(cfgReport_call, request.c_str()), R"(-1 400 {"urltxt":"failed"})");
-    expect_logged({"fopen file:/tmp/url.txt fail"});
+    EXPECT_EQ(rig.call("cfgReport", request), R"(-1: 400 cfgReport {"urltxt":"failed"})");
+    EXPECT_TRUE(has_logged("fopen file:/tmp/url.txt fail"));
+}
+
+// Each applies the document that was fetched for it, though daemon and bus restart meanwhile.
+TEST(CfgReport, TakesTurnsFromDownloadToTheRestoresEnd) {
+    ServiceRig rig;
+    script("post_data", R"(echo '{"WiFiCfg":{"wifi_cfg_24G":{"ESSID":"'$(cat /tmp/url.txt)'"}},)"
+                        R"("MESHCfg":{"Enable":0},"InternetCfg":{"RouterMode":0}}' >/tmp/backup.config)");
+    moving_clock::on_pause([&](moving_clock::Millis millis) {
+        if (millis == 5000) rig.router.restart(true);
+    });
+    clear_main_log();
+    rig.router.clear_calls();
+    const auto call = [](const char *request) {
+        EXPECT_EQ(cfgReport_call(1, 1, nullptr, nullptr, request), 0);
+    };
+    std::thread other(call, R"({"backupUrl":"First"})");
+    call(R"({"backupUrl":"Second"})");
+    other.join();
+    const Texts one = {"cmd:/usr/bin/post_data 2", "set wifi config ok", "set mesh config ok",
+                       "set internet config ok", "pthread_exit"};
+    script("post_data", "exit 1"); // waits for both
+    EXPECT_EQ(cfgReport_call(1, 1, nullptr, nullptr, "{}"), -1);
+    moving_clock::on_pause({});
+    Texts said = log_messages(), twice = one;
+    std::erase_if(said, [&](const auto &line) { return std::count(one.begin(), one.end(), line) == 0; });
+    twice.insert(twice.end(), one.begin(), one.end());
+    twice.push_back(one[0]);
+    EXPECT_EQ(said, twice);
+    EXPECT_THAT(rig.router.calls("vrop.webwifisimple", "set").size(), 2u);
+    EXPECT_THAT(rig.writes(), testing::IsSupersetOf({R"(vrop.webwifisimple set {"wifi24ssid":"First"})",
+                                                     R"(vrop.webwifisimple set {"wifi24ssid":"Second"})"}));
 }
 
 TEST(RemoteCfgExport, ExportsBeforeItLooksAtItsRequest) {
-    const std::string long_url = "http://h/" + std::string(502, 'u');
-    const std::string request = R"({"uploadUrl":"http://up/'\";","url":")" + long_url + "\"}";
-    const std::string longer =
-        R"({"uploadUrl":"http://up/'\";","url":")" + long_url.substr(1) + "\u00e9tail\"}";
-    const std::string odd = R"({"uploadUrl":"http://up/'\";","url":"q\"\\\n\u0001%s"})";
+    const std::string long_url = "http://h/" + std::string(502, 'u'),
+                      upload = R"({"uploadUrl":"http://up/'\";","url":")",
+                      request = upload + long_url + "\"}",
+                      cut = upload + long_url.substr(1) + "\u00e9tail\"}",
+                      odd = upload + R"(q\"\\\n\u0001%s"})", ok = R"(0: 200 remoteCfgExport {"url": ")";
     struct Case {
-        const char *parameters;
+        std::string parameters;
         int status;
         std::string answer;
-        Texts lines;
+        const char *logged;
     };
     const Case cases[] = {
-        {nullptr, 0, "-1", {"param is NULL"}},
-        {"no", 0, "-1", {"JsonStr Token fail"}},
-        {"[]", 0, "-1 400 {}", {"param is no object"}},
-        {R"({"uploadUrl":null,"url":"x"})", 0, R"(-1 400 {"url content":"empty"})", {"url is invalid"}},
-        {R"({"uploadUrl":"","url":"x"})", 0, R"(-1 400 {"url":"failed"})", {"url content is empty"}},
-        {request.c_str(), 3, R"(-1 400 {"upload":"failed"})", {"put file failed", "url is http://up/'\";"}},
-        {request.c_str(), 0, R"(0 200 {"url": ")" + long_url + "\"}", {"flag: 1"}},
-        {longer.c_str(), 0, R"(0 200 {"url": ")" + long_url.substr(1) + "\"}", {}},
-        {odd.c_str(), 0, R"(0 200 {"url": "q\"\\\n\u0001%s"})", {}},
-        {R"({"uploadUrl":"http://up/'\";"})", 0, R"(0 200 {"url": ""})", {}},
+        {"[]", 0, "-1: 400 remoteCfgExport {}", "param is no object"},
+        {R"({"url":"x"})", 0, R"(-1: 400 remoteCfgExport {"url content":"empty"})", "url is invalid"},
+        {R"({"uploadUrl":""})", 0, R"(-1: 400 remoteCfgExport {"url":"failed"})", "url content is empty"},
+        {request, 3, R"(-1: 400 remoteCfgExport {"upload":"failed"})", "put file failed"},
+        {request, 0, ok + long_url + "\"}", "flag: 1"},
+        {cut, 0, ok + long_url.substr(1) + "\"}", "url is http://up/'\";"},
+        {odd, 0, ok + R"(q\"\\\n\u0001%s"})", "flag: 1"},
+        {R"({"uploadUrl":"http://up/'\";"})", 0, ok + "\"}", "flag: 1"},
     };
-    BackupRig rig;
+    ServiceRig rig;
     for (const Case &row : cases) {
         SCOPED_TRACE(row.answer);
-        rig.router.clear_calls();
         fs::remove("/tmp/put");
         script("common_put_file",
                "{ cat /tmp/url.txt; echo \" $*\"; } >/tmp/put; exit " + std::to_string(row.status));
-        EXPECT_EQ(answer_of(remoteCfgExport_call, row.parameters), row.answer);
-        EXPECT_EQ(rig.router.calls("vrop", "configexport").size(), 1u);
-        expect_logged(row.lines);
-        EXPECT_EQ(text_of("/tmp/put"), row.answer.find("200") != row.answer.npos || row.status != 0
-                                           ? "http://up/'\"; /aptmp/cfg_export_config_file.conf\n"
-                                           : "");
+        EXPECT_EQ(rig.call("remoteCfgExport", row.parameters.c_str()), row.answer);
+        EXPECT_THAT(rig.writes(), ElementsAre("vrop configexport {}"));
+        EXPECT_TRUE(has_logged(row.logged));
+        const bool sent = row.status != 0 || row.answer.starts_with("0");
+        EXPECT_EQ(text_of("/tmp/put"), sent ? "http://up/'\"; /aptmp/cfg_export_config_file.conf\n" : "");
     }
     rig.router.add_fault(
         {.kind = router::Fault::Kind::Reply, .object = "vrop", .reply = R"({"result":"0"})"});
     fs::remove("/aptmp/cfg_export_config_file.conf"); // this daemon writes it elsewhere
-    EXPECT_THAT(answer_of(remoteCfgExport_call, request.c_str()), HasSubstr("0 200 "));
+    EXPECT_THAT(rig.call("remoteCfgExport", request.c_str()), StartsWith(ok));
     EXPECT_THAT(text_of("/tmp/put"), HasSubstr(" /tmp/cfg_export_config_file.conf\n"));
-    expect_logged({"flag: 0"});
+    EXPECT_TRUE(has_logged("flag: 0"));
     rig.router.clear_faults();
     rig.router.add_fault({.kind = router::Fault::Kind::Result, .object = "vrop", .value = 1});
     for (const char *parameters : {request.c_str(), static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(answer_of(remoteCfgExport_call, parameters), "-1 400 {}");
-        expect_logged({"remoteCfgExport fail"});
+        EXPECT_EQ(rig.call("remoteCfgExport", parameters), "-1: 400 remoteCfgExport {}");
+        EXPECT_TRUE(has_logged("remoteCfgExport fail"));
     }
 }
 
 TEST(UrlFile, StaysAsItIsWhileItsHelperWorks) {
-    BackupRig rig;
+    ServiceRig rig;
     const std::string watch =
         "first=$(cat /tmp/url.txt)\necho \"$first\" >>/tmp/seen_$$\ni=0\nwhile [ $i -lt 40 ]; do\n"
         "[ \"$(cat /tmp/url.txt)\" = \"$first\" ] || echo changed >>/tmp/seen_$$\ni=$((i+1))\ndone\n"
@@ -251,11 +247,7 @@ TEST(UrlFile, StaysAsItIsWhileItsHelperWorks) {
     for (const char *request : {R"({"uploadUrl":"one","url":"u"})", R"({"uploadUrl":"two","url":"u"})"})
         EXPECT_EQ(remoteCfgExport_call(2, 2, nullptr, nullptr, request), 0);
     other.join();
-    std::istringstream seen(text_of("/tmp/seen"));
-    Texts lines;
-    for (std::string line; std::getline(seen, line);)
-        lines.push_back(line);
-    EXPECT_THAT(lines, testing::UnorderedElementsAre("b", "one", "two"));
+    EXPECT_EQ(text_of("/tmp/seen").size(), std::string("b\none\ntwo\n").size()) << text_of("/tmp/seen");
 }
 
 } // namespace

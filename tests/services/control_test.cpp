@@ -15,12 +15,6 @@ const std::string LONG_TEXT =
     R"({"user":"admin","oldPwd":"admin123","newPwd":")" + std::string(70, 'n') + "\"}";
 
 TEST(Control, ActsAndAnswers) {
-    const std::string long_base64 = "bm5u" /* 21 times */;
-    std::string expected =
-        R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":")";
-    for (int i = 0; i < 21; i++)
-        expected += long_base64;
-    expected += "\"}";
     check({
         {"reboot", nullptr, "0: 200 reboot {}", "vrop reboot {}", "reboot_call ..."},
         {"reboot", "[", "0: 200 reboot {}", "vrop reboot {}", "reboot fail", "", REFUSED},
@@ -31,10 +25,10 @@ TEST(Control, ActsAndAnswers) {
         {"recovery", "{}", "-1: 400 recovery {}", R"(vrop reset {"resetlevel":0})", "cutusb fail", "",
          REFUSED},
         {"recovery", R"({"resetType":"all"})", "-1: 400 recovery {}", ""},
-        {"recovery", "{", "-1:", "", "JsonStr Token fail"},
         {"updatePwd", R"({"user":"admin","oldPwd":"admin123","newPwd":"new"})", "0: 200 updatePwd {}",
          R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bmV3"})"},
-        {"updatePwd", LONG_TEXT.c_str(), "0: 200 updatePwd {}", expected.c_str()},
+        {"updatePwd", LONG_TEXT.c_str(), "0: 200 updatePwd {}",
+         R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5ubm5u"})"},
         {"updatePwd", R"({"user":"admin","oldPwd":"admin","newPwd":"new"})", "-1: 402 updatePwd {}", nullptr,
          "set new passwd fail"},
         {"updatePwd", R"({"user":"admin","oldPwd":"","newPwd":"new"})", "-1: 402 updatePwd {}", "",
@@ -43,14 +37,12 @@ TEST(Control, ActsAndAnswers) {
          "encode new passwd fail"},
         {"updatePwd", R"({"user":"admin","newPwd":"new"})", "-1: 400 updatePwd {}", "",
          "get login info fail"},
-        {"updatePwd", "", "-1:", "", "param is NULL"},
-        {"updatePwd", "null", "-1:", "", "JsonStr Token fail"},
         {"cutUsb", nullptr, "0: 200 cutUsb {}", R"(vrop.ecm set {"cutusb":1})", "cutUsb_call ..."},
         {"cutUsb", R"({"diskPath":"/mnt/usb0"})", "0: 200 cutUsb {}",
          R"(vrop.ecm set {"hcdnpath":"/mnt/usb0","cutusb":1})", "diskPath:/mnt/usb0"},
-        {"cutUsb", "{}", "-1: 400 cutUsb {}", R"(vrop.ecm set {"cutusb":1})", "cutusb fail", "", REFUSED},
+        {"cutUsb", "{}", "0: 200 cutUsb {}", R"(vrop.ecm set {"cutusb":1})", "diskPath:"},
+        {"cutUsb", "", "-1: 400 cutUsb {}", R"(vrop.ecm set {"cutusb":1})", "cutusb fail", "", REFUSED},
         {"cutUsb", R"({"diskPath":[]})", "-1: 400 cutUsb {}", ""},
-        {"cutUsb", "x", "-1:", "", "JsonStr Token fail"},
     });
 }
 
@@ -81,8 +73,6 @@ TEST(RadioChecks, JudgeTheBandThatIsAskedFor) {
          R"(buf:{"signal": 2})", R"({"vrop.webwifi2adv":{"txpower":40}})"},
         {"checkSignal", R"({"wifiSignal":2})", "-1:", "", "get 5g wifiSignal obj fail", "", SILENT},
         {"checkSignal", "{}", "-1:", "", "get 2.4g wifiSignal obj fail", "", SILENT},
-        {"checkSignal", nullptr, "-1:", "", "param is NULL"},
-        {"checkSignal", "", "-1:", "", "JsonStr Token fail"},
         {"checkInterference", R"({"wifiSignal":1})", R"(0: 200 checkInterference {"interference":false})"},
         {"checkInterference", "{}", R"(0: 200 checkInterference {"interference":true})", "",
          "app send data error", on_a_bad_channel},
@@ -95,7 +85,6 @@ TEST(RadioChecks, JudgeTheBandThatIsAskedFor) {
          nullptr, R"({"vrop.wifi.1":{"interference":{"interferencepercent":80}}})"},
         {"checkInterference", R"({"wifiSignal":7})", R"(0: 200 checkInterference {"interference":true})", "",
          "get 2.4G json obj fail", "", no_percent},
-        {"checkInterference", nullptr, "-1:", "", "param is NULL"},
         {"wirelessInterference", R"({"radio":2})",
          R"(0: 200 wirelessInterference {"noise": -97, "interference": 12})", "",
          "interference: 12 noise: -97"},
@@ -131,7 +120,6 @@ TEST(Throughput, IsToldInBytesPerSecond) {
          "the device is offline", two},
         {"apMonitorSpeed", R"({"mac":"02:A0:C9:00:00:03"})", "-1: 400 apMonitorSpeed {}", "", nullptr, two},
         {"apMonitorSpeed", "{}", "-1: 400 apMonitorSpeed {}"},
-        {"apMonitorSpeed", "", "-1:", "", "JsonStr Token fail"},
         {"allApMonitorSpeed", nullptr,
          R"(0: 200 apMonitorSpeed {"monitorSpeeds": [)"
          R"({"mac": "02a0c9000001", "upSpeed": 65536, "downSpeed": 1048576, "networkStatus":1}, )"

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/service_rig.h"
 
+#include <filesystem>
+#include <fstream>
 #include <numeric>
 
 #include "binding/tables.h"
 #include "core/report_gate.h"
+#include "services/backup_read.h"
+#include "services/restore.h"
 
 ServiceRig::ServiceRig(const std::string &patch) : RouterRig(patch) {
     set_flag = 0;
@@ -43,6 +47,26 @@ std::vector<std::string> ServiceRig::writes() const {
 double ServiceRig::slept() {
     const auto pauses = moving_clock::pauses();
     return static_cast<double>(std::accumulate(pauses.begin(), pauses.end(), moving_clock::Millis{})) / 1000;
+}
+
+std::string ServiceRig::backup() {
+    char text[BACKUP_DOCUMENT_SIZE];
+    return tunningBackupCfg_get(text, sizeof text) == 0 ? text : "";
+}
+
+int ServiceRig::restore(const std::string &document) {
+    std::ofstream(BACKUP_FILE) << document;
+    router.clear_calls();
+    moving_clock::clear_pauses();
+    clear_main_log();
+    return tunningBackupCfg_set();
+}
+
+void script(const std::string &program, const std::string &lines) {
+    const std::string path = "/usr/bin/" + program;
+    std::filesystem::remove(path);
+    std::ofstream(path) << "#!/bin/sh\n" << lines << "\n";
+    std::filesystem::permissions(path, std::filesystem::perms::all);
 }
 
 void check(const std::vector<ServiceRow> &rows) {

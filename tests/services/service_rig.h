@@ -10,6 +10,7 @@
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"
 #include "support/router_rig.h"
+#include "support/text_file.h"
 
 struct ServiceRig : RouterRig {
     // Starts the router from a merge patch of its home; set_flag is down.
@@ -23,7 +24,15 @@ struct ServiceRig : RouterRig {
     std::vector<std::string> writes() const;
     // The seconds that were slept since.
     static double slept();
+
+    // The backup document; "" without one.
+    static std::string backup();
+    // Forgets what came so far and restores a document. The restore's result.
+    int restore(const std::string &document);
 };
+
+// Puts a shell script into /usr/bin.
+void script(const std::string &program, const std::string &lines);
 
 // One call and what is to come of it; texts that are null are not looked at.
 struct ServiceRow {

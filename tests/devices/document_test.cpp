@@ -128,11 +128,12 @@ TEST_F(Document, HoldsTheFirst128StationsWhateverTheirNumber) {
     EXPECT_EQ(document(), "[]");
 }
 
-TEST_F(Document, AsksForEachListOnceAndForEachDeviceTwice) {
+TEST_F(Document, AsksForEachListOnceAndForEachDeviceAtMostTwice) {
     std::string stations, devices;
     for (int i = 0; i < 128; i++) {
-        stations += (i > 0 ? "," : "") +
-                    with_mac(i, i % 2 ? R"("radio":"5G","ssid":"x")" : R"("radio":"2.4G","ssid":"x")");
+        stations +=
+            (i > 0 ? "," : "") + with_mac(i, i % 2 ? R"("radio":"5G","ssid":"x","limitrateswitch":1)"
+                                                   : R"("radio":"2.4G","ssid":"x","limitrateswitch":0)");
         if (i < 40) devices += (i > 0 ? "," : "") + with_mac(i, R"("funcenable":1)");
     }
     rig.router.set_state("/vrop.parent.control/device", "[" + devices + "]");
@@ -143,7 +144,8 @@ TEST_F(Document, AsksForEachListOnceAndForEachDeviceTwice) {
     EXPECT_EQ(count("*", "list"), 6U);
     EXPECT_EQ(count("*", "get"), 1U);
     EXPECT_EQ(count("vrop.parent.control", "getbymac"), 128U);
-    EXPECT_EQ(rig.router.calls().size(), 7U + 128U);
+    EXPECT_EQ(count("vrop.laninfo.sta", "getbymac"), 64U); // of the limited ones
+    EXPECT_EQ(rig.router.calls().size(), 7U + 128U + 64U);
 }
 
 TEST_F(Document, OfAMeshHoldsItsStationsInItsOrder) {

@@ -239,4 +239,46 @@ TEST_F(Parental, GoesOnWhenTheDaemonIsLost) {
     EXPECT_EQ(set_flag, 0);
 }
 
+// Lost between two rules of a set and between two elements of the request that brings them.
+TEST_F(Parental, GoesOnWhenTheBusIsLostInBetween) {
+    std::binary_semaphore lost(0);
+    moving_clock::on_pause([&](moving_clock::Millis millis) {
+        if (millis == 1000) lost.acquire();
+        if (millis != 10000) return;
+        EXPECT_TRUE(rig.wait_for_write("parent.urlcontrol add"));
+        rig.router.stop();
+        lost.release();
+        lower_set_flag(); // as a service may that ends meanwhile
+        EXPECT_EQ(set_flag, 1);
+        moving_clock::on_pause({});
+    });
+    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,)"
+                                    R"("urls":[{"url":"a"},{"url":"b"}]})") +
+                      "," + applied(PC, R"("name":"x")")),
+              0);
+    EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
+    for (const char *text : {"i:1 add parental Web Control fail", "modify name fail"})
+        EXPECT_TRUE(has_logged(text)) << text;
+    EXPECT_FALSE(has_logged("i:0 add parental Web Control fail"));
+    EXPECT_EQ(set_flag, 0);
+    rig.router.start();
+    raise_set_flag();
+    EXPECT_EQ(rig.set(applied(PC, R"("name":"again")")), 0);
+    EXPECT_EQ(rig.router.value("/vrop.laninfo/0/devname"), "\"again\"");
+    EXPECT_EQ(set_flag, 1) << "the service is still at work";
+    lower_set_flag();
+    EXPECT_EQ(set_flag, 0);
+}
+
+TEST_F(Parental, RequestsWaitForSomeDevicesAndWriteAll) {
+    std::string elements;
+    for (int i = 0; i < MOST_PARENTAL_WAITS + 8; i++)
+        elements += about(TABLET, R"("operationType":3,"timeControlEnable":)" + std::to_string(i % 2)) + ",";
+    elements.pop_back();
+    EXPECT_EQ(rig.set(elements), 0);
+    EXPECT_THAT(moving_clock::pauses(), testing::AllOf(SizeIs(MOST_PARENTAL_WAITS), Each(10000)));
+    EXPECT_THAT(rig.take_writes(), SizeIs(testing::Ge(static_cast<size_t>(MOST_PARENTAL_WAITS + 7))));
+    EXPECT_TRUE(has_logged("mac:02a0c9000005 32 devices have been waited for, no wait"));
+}
+
 } // namespace

@@ -7,7 +7,7 @@
 #include "core/report_gate.h"
 
 ServiceRig::ServiceRig(const std::string &patch) : RouterRig(patch) {
-    set_flag = 0;
+    lower_set_flag();
 }
 
 ServiceRig::~ServiceRig() {

@@ -119,6 +119,48 @@ TEST_F(Parental, SwitchesOfARequestCloseItsRules) {
     }
 }
 
+TEST_F(Parental, OddTimesAreRefusedAndOddTextsArriveAsTheyAre) {
+    std::string hundred = "1";
+    for (int i = 1; i < 100; i++)
+        hundred += ",1";
+    struct Row {
+        std::string rule, sent; // nothing is sent of a rule that is refused
+    };
+    const Row rows[] = {
+        {R"("timeFrame":"1:2-3:4","daysOfWeek":[])", R"("0102","timeend":"0304",..."week":"")"},
+        {R"("timeFrame":"1:2-3:4","daysOfWeek":[)" + hundred + "]",
+         R"("0102","timeend":"0304",..."week":"0123456")"},
+        {R"("timeFrame":"23:00-1:00","daysOfWeek":["1",null,-1,{},"x",0.2])",
+         R"("2300","timeend":"0100",..."week":"13")"},
+        {R"("timeFrame":"1:2-3:4-5:6")", R"("0102","timeend":"0304",..."week":"")"},
+        {R"("timeFrame":"ab-cd","daysOfWeek":{})", ""},
+        {R"("timeFrame":"%n%s-%n")", ""},
+        {R"("timeFrame":"-")", ""},
+        {R"("timeFrame":"25:00-26:00")", ""},
+        {R"("timeFrame":")" + std::string(10240, '9') + R"(")", ""},
+        {R"("timeFrame":5)", ""}};
+    std::string rules;
+    std::vector<std::string> expected = {R"(parent.timecontrol delete {"index":-1111,"mac":"02a0c9000005"})"};
+    for (const auto &[rule, sent] : rows) {
+        rules += "{" + rule + "},";
+        if (sent.empty()) continue;
+        expected.push_back(R"(parent.timecontrol add {"enable":1,"timestart":)" + sent + "}");
+        expected.back().replace(expected.back().find("..."), 3, R"("mac":"02a0c9000005",)");
+    }
+    rig.set(
+        about(TABLET, R"("operationType":3,"parentalTimeControl":[)" + rules + R"({"timeFrame":"end"}])"));
+    EXPECT_TRUE(wait_for_log("cut timeFrame:end fail"));
+    EXPECT_EQ(rig.take_writes(), expected);
+
+    const std::string odd = R"(`$(x)';|&<>*?~!#%s%n%d\\ \"ä\u0001{}[])";
+    rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[{"url":")" +
+                              odd + R"("}]})"));
+    EXPECT_THAT(
+        pushed(POLICY_BLACK),
+        Contains(R"(parent.urlcontrol add {"filterType":"black","mac":"02a0c9000005","enable":1,"url":")" +
+                 odd + R"("})"));
+}
+
 TEST_F(Parental, PolicyIsBlackOrWhite) {
     EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"ParentControlType":8,"parentalTimeControl":[],)"
                                     R"("parentalWebControl":{"controlPolicy":2,"urls":[{"url":"u"}]})")),

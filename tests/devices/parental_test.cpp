@@ -154,11 +154,11 @@ TEST_F(Parental, OddTimesAreRefusedAndOddTextsArriveAsTheyAre) {
 
     const std::string odd = R"(`$(x)';|&<>*?~!#%s%n%d\\ \"ä\u0001{}[])";
     rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[{"url":")" +
-                              odd + R"("}]})"));
-    EXPECT_THAT(
-        pushed(POLICY_BLACK),
-        Contains(R"(parent.urlcontrol add {"filterType":"black","mac":"02a0c9000005","enable":1,"url":")" +
-                 odd + R"("})"));
+                              odd + R"("},{"url":")" + std::string(255, 'u') + R"("},{"url":")" +
+                              std::string(256, 'u') + R"("}]})"));
+    const std::vector<std::string> writes = pushed(POLICY_BLACK);
+    EXPECT_THAT(writes, SizeIs(4)); // what is deleted, two rules and the policy
+    EXPECT_THAT(writes, Contains(testing::EndsWith(R"("enable":1,"url":")" + odd + R"("})")));
 }
 
 TEST_F(Parental, PolicyIsBlackOrWhite) {
@@ -194,6 +194,9 @@ TEST_F(Parental, ApplicationsKeepTheUrlThatTheDaemonHas) {
             POLICY_BLACK));
     EXPECT_TRUE(has_logged("appname:Chatter apptype:1 has no url")); // that is of another type
     EXPECT_TRUE(wait_for_log("pthread_exit"));
+    EXPECT_FALSE(parent_app_flag);
+    rig.set(applied(TABLET, R"("ParentControlType":2,"ParentalSocialControl":{"urls":[]})"));
+    EXPECT_THAT(rig.take_writes(), ElementsAre(R"(parent.control setenable {"enable":1})"));
 }
 
 TEST_F(Parental, TwoRequestsWithinThePauseAreBothCarriedOut) {
@@ -218,10 +221,15 @@ TEST_F(Parental, TwoRequestsWithinThePauseAreBothCarriedOut) {
                             R"(parent.control setenable {"enable":1})",
                             R"(parent.control add {"mac":"02a0c9000002","hostname":"TV"})"));
     parentcontrol_execute_thread(PC, "x", 7);
-    EXPECT_TRUE(wait_for_log("not math option"));
+    wait_for_parental_level(PC);
+    EXPECT_TRUE(has_logged("not math option"));
+    EXPECT_EQ(parentcontrol_level, LEVEL_NONE);
 }
 
 TEST_F(Parental, ARemovalThatWaitsDoesNotUndoWhatComesAfter) {
+    moving_clock::on_pause([](moving_clock::Millis millis) {
+        if (millis == 2000) wait_for_log("operationType:3 parentControl_flag:0 parentFlag:-1");
+    });
     rig.set(about(TABLET, R"("operationType":1,"parentFlag":0)"));
     rig.set(about(TABLET, R"("operationType":3,"timeControlEnable":1)"));
     EXPECT_EQ(waiting_parental_level(TABLET), LEVEL_NONE);

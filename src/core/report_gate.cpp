@@ -2,6 +2,7 @@
 #include "core/report_gate.h"
 
 #include <mutex>
+#include <optional>
 
 #include "core/log.h"
 
@@ -9,23 +10,33 @@ std::atomic<int> set_flag;
 
 namespace {
 
-std::mutex holders_mutex;
+std::mutex gate_mutex;
 int holders;
+bool raised;
 
-void change_holders(int by) {
-    std::lock_guard lock(holders_mutex);
-    holders += by;
-    set_flag = holders > 0 ? 1 : 0;
+void change_gate(int holders_more, std::optional<bool> raise) {
+    std::lock_guard lock(gate_mutex);
+    holders += holders_more;
+    raised = raise.value_or(raised);
+    set_flag = holders > 0 || raised ? 1 : 0;
 }
 
 } // namespace
 
+void raise_set_flag() {
+    change_gate(0, true);
+}
+
+void lower_set_flag() {
+    change_gate(0, false);
+}
+
 ReportsHeld::ReportsHeld() {
-    change_holders(1);
+    change_gate(1, {});
 }
 
 ReportsHeld::~ReportsHeld() {
-    change_holders(-1);
+    change_gate(-1, {});
 }
 
 int get_report_status() {

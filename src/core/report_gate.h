@@ -4,14 +4,19 @@
 
 #include <atomic>
 
-// 1 while one works. Any thread.
+// 1 while one works. Any thread may read it; it is written by what follows.
 extern std::atomic<int> set_flag;
+
+// Of the services, one of which may end without having lowered it: the flag then stays up until the next one
+// that lowers it. Who holds the flag keeps it up beyond that. Any thread.
+void raise_set_flag();
+void lower_set_flag();
 
 // Logs set_flag, and when it is up that the report should wait; returns set_flag.
 int get_report_status();
 
 // Keeps set_flag up while it lives. Several may live at once, also on several threads: the flag comes down
-// with the last.
+// with the last, unless a service has raised it.
 class ReportsHeld {
   public:
     ReportsHeld();

@@ -64,6 +64,16 @@ int supervise(const DeviceSettings &settings, const char *name) {
     return result;
 }
 
+// More devices than a home has would keep everybody else from the inventory for a day.
+void wait_for_takeover(const char *mac) {
+    if (parental_waits == MOST_PARENTAL_WAITS) {
+        LOG("mac:%s %d devices have been waited for, no wait", mac, MOST_PARENTAL_WAITS);
+        return;
+    }
+    parental_waits++;
+    pause_seconds(PARENTAL_PAUSE);
+}
+
 int start_web_rules(const DeviceSettings &settings) {
     int result = 0;
     if (settings.sites.rules.empty() && settings.urls.rules.empty()) LOG("no need set parent url control");
@@ -88,7 +98,7 @@ int apply_parental_rules(const DeviceSettings &settings, const char *name) {
         result = timeControl_threadStart(settings.times);
     }
     parentControl_flag = 0;
-    pause_seconds(PARENTAL_PAUSE);
+    wait_for_takeover(settings.mac);
     return result;
 }
 

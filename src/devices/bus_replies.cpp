@@ -29,7 +29,6 @@ json_object *BusReplies::of_device(const char *object, const char *mac) const {
     BusMessage message;
     message.text("mac", mac);
     known->mac = mac;
-    known->root.reset();
     known->member = get_param_dev_info(object, "getbymac", message, &known->root);
     return known->member;
 }
@@ -42,6 +41,12 @@ json_object *BusReplies::runtimes() const {
         if (open_failed) LOG("open file:%s fail", RUNTIME_FILE);
     }
     return runtimes_.get();
+}
+
+bool is_missing(const char *text, LogSite site) {
+    if (text != nullptr && text[0] != '\0') return false;
+    LOG_AT(site, "param is NULL");
+    return true;
 }
 
 json_object *element_of_mac(json_object *array, const char *mac) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/handles.h"
+#include "core/log.h"
 
 class BusReplies {
   public:
@@ -41,6 +42,9 @@ class BusReplies {
     mutable JsonRoot runtimes_;
     mutable bool runtimes_read_ = false;
 };
+
+// True, and logged ("param is NULL") in the caller's name, for a null or empty text.
+bool is_missing(const char *text, LogSite site = LogSite::here());
 
 // The element of an array whose "mac" is spelled so; null when there is none, or no array.
 json_object *element_of_mac(json_object *array, const char *mac);

@@ -51,8 +51,7 @@ void add_link(json_object *device, json_object *station, const Build &build) {
     LOG("joinWay:%d", way);
     if (way != -1) JsonSetInt64(device, nullptr, "joinWay", way);
     if (way != 1 && way != 2) return;
-    const char *ssid = JsonGetStr(station, "ssid");
-    const bool guest = ssid && ssid[0] != '\0' && get_guest_status(ssid, radio, build.replies) == 0;
+    const bool guest = get_guest_status(JsonGetStr(station, "ssid"), radio, build.replies) == 0;
     JsonSetBool(device, nullptr, "guestEnable", guest);
 }
 

@@ -15,12 +15,6 @@ constexpr char PARENTAL[] = "vrop.parent.control";
 constexpr size_t GUEST_NETWORK = 2; // its place in a radio's list
 constexpr size_t SSID_MAX = 127;
 
-bool is_missing(const char *text, LogSite site = LogSite::here()) {
-    if (text && text[0] != '\0') return false;
-    LOG_AT(site, "param is NULL");
-    return true;
-}
-
 int parental_switch(const char *mac, const char *name, const BusReplies &replies, LogSite site) {
     if (is_missing(mac, site)) return -1;
     json_object *device = replies.of_device(PARENTAL, mac);

@@ -15,6 +15,7 @@
 
 int black_flag, disconnect_flag, name_flag, limitSpeed_flag, notice_flag;
 int parentControl_flag, parent_app_flag;
+int parental_waits;
 
 namespace {
 
@@ -102,6 +103,7 @@ bool apply_element(json_object *element) {
 }
 
 int apply_elements(json_object *elements, const char *) {
+    parental_waits = 0;
     const size_t count = json_object_array_length(elements);
     for (size_t i = 0; i < count; i++)
         if (!apply_element(json_object_array_get_idx(elements, i))) return -1;

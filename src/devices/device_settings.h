@@ -44,9 +44,14 @@ struct DeviceSettings {
 extern int black_flag, disconnect_flag, name_flag, limitSpeed_flag, notice_flag;
 extern int parentControl_flag, parent_app_flag;
 
+// How often the request at work has waited for the daemon to take rules over; guarded by apdevice_mutex.
+extern int parental_waits;
+inline constexpr int MOST_PARENTAL_WAITS = 32; // of one request, so that it ends some time
+
 // The set slot. Keeps reports silent and holds apdevice_mutex meanwhile; ten seconds longer for each device
-// whose parental control is set. 0; -1 for missing or empty arguments, for what is no JSON or has no array
-// "apDevices", and when an element's "limitSpeed" lacks "open", which ends the request there. Any thread.
+// whose parental control is set, up to MOST_PARENTAL_WAITS times. 0; -1 for missing or empty arguments, for
+// what is no JSON or has no array "apDevices", and when an element's "limitSpeed" lacks "open", which ends
+// the request there. Any thread.
 int apDevices_set(const char *context, const char *message, char *reply, int reply_length);
 
 // Carries out what the element asks for and the flags say, in a fixed order. The last step's result; -1 for

@@ -11,12 +11,6 @@ namespace {
 
 constexpr char STATION[] = "vrop.laninfo.sta";
 
-bool is_missing(const char *mac, const void *other, LogSite site = LogSite::here()) {
-    if (mac != nullptr && mac[0] != '\0' && other != nullptr) return false;
-    LOG_AT(site, "param is NULL");
-    return true;
-}
-
 // Seconds that a disconnection of that code lasts; 0: no end.
 int32_t disconnect_seconds(int32_t code) {
     switch (code) {
@@ -35,7 +29,7 @@ int32_t disconnect_seconds(int32_t code) {
 
 int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
     copy_text(name, size, "");
-    if (is_missing(mac, name)) return -1;
+    if (is_missing(mac)) return -1;
     json_object *station = replies.of_device(STATION, mac);
     if (station == nullptr) return -1;
     const char *given = _json_get_str(station, "devname");
@@ -44,7 +38,7 @@ int get_devName(const char *mac, char *name, size_t size, const BusReplies &repl
 }
 
 int set_apDevice_name(const char *name, const char *mac) {
-    if (is_missing(mac, name)) return -1;
+    if (is_missing(name != nullptr ? mac : nullptr)) return -1;
     BusMessage message;
     message.text("mac", mac).text("devname", name);
     const int result = set_dev_info(STATION, "set", message);
@@ -53,7 +47,7 @@ int set_apDevice_name(const char *name, const char *mac) {
 }
 
 int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
-    if (is_missing(mac, mac)) return -1;
+    if (is_missing(mac)) return -1;
     BusMessage message;
     message.integer("limitrateswitch", limit.open);
     if (limit.downSpeed != 0 && limit.downSpeed != -1) message.integer("dsbandwidth", limit.downSpeed);
@@ -65,7 +59,7 @@ int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
 }
 
 int set_disconnectInfo(int32_t disconnect, const char *mac, const char *name) {
-    if (is_missing(mac, name)) return -1;
+    if (is_missing(name != nullptr ? mac : nullptr)) return -1;
     const int32_t since = disconnect != 0 ? static_cast<int32_t>(now_seconds()) : 0;
     BusMessage message;
     message.integer("disconnect", disconnect).integer("disconnecttime", disconnect_seconds(disconnect));

@@ -7,17 +7,12 @@
 #include "core/bus.h"
 #include "core/json_path.h"
 #include "core/log.h"
+#include "devices/bus_replies.h"
 
 namespace {
 
 constexpr char FILTER[] = "vrop.firewall.filter";
 constexpr int MOST_ENTRIES = 64; // deleted of one MAC
-
-bool is_missing(const char *mac, LogSite site = LogSite::here()) {
-    if (mac != nullptr && mac[0] != '\0') return false;
-    LOG_AT(site, "param is NULL");
-    return true;
-}
 
 // Calls see(entry) for each entry of the MAC.
 template <typename See>

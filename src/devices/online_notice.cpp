@@ -49,10 +49,7 @@ JsonRoot with_notice(json_object *entries, const char *mac, int value) {
 } // namespace
 
 int update_onlineNotice(const char *mac, int value) {
-    if (!mac || mac[0] == '\0') {
-        LOG("param is NULL");
-        return -1;
-    }
+    if (is_missing(mac)) return -1;
     const RuntimeUpdate result =
         update_runtime_file([mac, value](json_object *entries) { return with_notice(entries, mac, value); });
     if (result == RuntimeUpdate::no_file) LOG("open file:%s fail", RUNTIME_FILE);
@@ -61,10 +58,7 @@ int update_onlineNotice(const char *mac, int value) {
 }
 
 int get_device_inform(const char *mac, const BusReplies &replies) {
-    if (!mac || mac[0] == '\0') {
-        LOG("param is NULL");
-        return -1;
-    }
+    if (is_missing(mac)) return -1;
     json_object *list = replies.runtimes();
     const size_t count = list ? json_object_array_length(list) : 0;
     for (size_t i = 0; i < count; i++) {

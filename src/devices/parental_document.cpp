@@ -9,12 +9,6 @@
 
 namespace {
 
-bool is_missing(const char *mac, LogSite site = LogSite::here()) {
-    if (mac && mac[0] != '\0') return false;
-    LOG_AT(site, "param is NULL");
-    return true;
-}
-
 // The daemon's entry of the device's rules; null when it has none.
 json_object *url_entry(const char *mac, const BusReplies &replies) {
     return element_of_mac(replies.whole("vrop.parent.urlcontrol", "list"), mac);

@@ -47,7 +47,7 @@ ServiceAnswer no_answer(int result) {
 }
 
 ServiceAnswer lowering_set_flag(ServiceAnswer answer) {
-    answer.afterwards = [](LogSite, const ServiceAnswer &) { set_flag = 0; };
+    answer.afterwards = [](LogSite, const ServiceAnswer &) { lower_set_flag(); };
     return answer;
 }
 

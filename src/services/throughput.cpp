@@ -56,7 +56,7 @@ ServiceAnswer measure_download(const ServiceRequest &request) {
     ServiceAnswer answer = answer_with(format_text<64>("{\"downSpeed\":%d}", get_maxSpeed(time)).text);
     answer.afterwards = [](LogSite site, const ServiceAnswer &sent) {
         LOG_AT(site, "buf:%s", sent.body.c_str());
-        set_flag = 0;
+        lower_set_flag();
     };
     return answer;
 }
@@ -119,8 +119,8 @@ int maxMonitorSpeed_call(uint32_t handle, uint32_t id, void *, void *, const cha
                                  .entry = "maxMonitorSpeed_call ...\n",
                                  .parameters = Parameters::not_null,
                                  .parse_tag = "JsonStrToken",
-                                 .before_parsing = [] { set_flag = 1; },
-                                 .before_refusal = [] { set_flag = 0; }};
+                                 .before_parsing = raise_set_flag,
+                                 .before_refusal = lower_set_flag};
     return serve(SERVICE, {handle, id, parameters}, measure_download);
 }
 

@@ -102,8 +102,9 @@ TEST_F(Document, ShowsWhatParentalControlHolds) {
     const std::string first = plain("02a0c9000001", R"("blackEnable":false,)");
     const std::string stations = "[" + with_mac(1, "") + "," + with_mac(5, "") + "," + with_mac(2, "") + "]";
     EXPECT_EQ(document_of(stations), "[" + first + "," + supervised + "," + follower + "]");
-    EXPECT_EQ(document(), "[" + first + "," + supervised + "," + follower + "]")
-        << "each document starts anew";
+    for (const int mode : {DOCUMENT_PROPERTY, DOCUMENT_TIMED})
+        EXPECT_EQ(document(mode), "[" + first + "," + supervised + "," + follower + "]")
+            << "each document starts anew";
 
     rig.router.set_state("/vrop.parent.urlcontrol/0/filterType", R"("grey")");
     rig.router.set_state("/vrop.parent.urlcontrol/0/list", "[]");
@@ -128,11 +129,12 @@ TEST_F(Document, HoldsTheFirst128StationsWhateverTheirNumber) {
     EXPECT_EQ(document(), "[]");
 }
 
-TEST_F(Document, AsksForEachListOnceAndForEachDeviceTwice) {
+TEST_F(Document, AsksForEachListOnceAndForEachDeviceAtMostTwice) {
     std::string stations, devices;
     for (int i = 0; i < 128; i++) {
-        stations += (i > 0 ? "," : "") +
-                    with_mac(i, i % 2 ? R"("radio":"5G","ssid":"x")" : R"("radio":"2.4G","ssid":"x")");
+        stations +=
+            (i > 0 ? "," : "") + with_mac(i, i % 2 ? R"("radio":"5G","ssid":"x","limitrateswitch":1)"
+                                                   : R"("radio":"2.4G","ssid":"x","limitrateswitch":0)");
         if (i < 40) devices += (i > 0 ? "," : "") + with_mac(i, R"("funcenable":1)");
     }
     rig.router.set_state("/vrop.parent.control/device", "[" + devices + "]");
@@ -143,7 +145,8 @@ TEST_F(Document, AsksForEachListOnceAndForEachDeviceTwice) {
     EXPECT_EQ(count("*", "list"), 6U);
     EXPECT_EQ(count("*", "get"), 1U);
     EXPECT_EQ(count("vrop.parent.control", "getbymac"), 128U);
-    EXPECT_EQ(rig.router.calls().size(), 7U + 128U);
+    EXPECT_EQ(count("vrop.laninfo.sta", "getbymac"), 64U); // of the limited ones
+    EXPECT_EQ(rig.router.calls().size(), 7U + 128U + 64U);
 }
 
 TEST_F(Document, OfAMeshHoldsItsStationsInItsOrder) {
@@ -156,6 +159,10 @@ TEST_F(Document, OfAMeshHoldsItsStationsInItsOrder) {
         EXPECT_TRUE(router::member(router::element(devices.get(), i), "onlineTime"));
     }
     EXPECT_THAT(macs, ElementsAre("02a0c9000003", "02a0c9000001", "02a0c9000003"));
+    const JsonRoot many(json_object_new_array());
+    for (int i = 0; i < 129; i++)
+        json_object_array_add(many.get(), json_object_get(router::element(asked.get(), 0)));
+    EXPECT_EQ(router::length_of(JsonRoot(get_meshApDevice_config(many.get())).get()), 128U);
     EXPECT_EQ(get_meshApDevice_config(nullptr), nullptr);
     EXPECT_TRUE(has_logged("param is NULL"));
 }

@@ -119,6 +119,48 @@ TEST_F(Parental, SwitchesOfARequestCloseItsRules) {
     }
 }
 
+TEST_F(Parental, OddTimesAreRefusedAndOddTextsArriveAsTheyAre) {
+    std::string hundred = "1";
+    for (int i = 1; i < 100; i++)
+        hundred += ",1";
+    struct Row {
+        std::string rule, sent; // nothing is sent of a rule that is refused
+    };
+    const Row rows[] = {
+        {R"("timeFrame":"1:2-3:4","daysOfWeek":[])", R"("0102","timeend":"0304",..."week":"")"},
+        {R"("timeFrame":"1:2-3:4","daysOfWeek":[)" + hundred + "]",
+         R"("0102","timeend":"0304",..."week":"0123456")"},
+        {R"("timeFrame":"23:00-1:00","daysOfWeek":["1",null,-1,{},"x",0.2])",
+         R"("2300","timeend":"0100",..."week":"13")"},
+        {R"("timeFrame":"1:2-3:4-5:6")", R"("0102","timeend":"0304",..."week":"")"},
+        {R"("timeFrame":"ab-cd","daysOfWeek":{})", ""},
+        {R"("timeFrame":"%n%s-%n")", ""},
+        {R"("timeFrame":"-")", ""},
+        {R"("timeFrame":"25:00-26:00")", ""},
+        {R"("timeFrame":")" + std::string(10240, '9') + R"(")", ""},
+        {R"("timeFrame":5)", ""}};
+    std::string rules;
+    std::vector<std::string> expected = {R"(parent.timecontrol delete {"index":-1111,"mac":"02a0c9000005"})"};
+    for (const auto &[rule, sent] : rows) {
+        rules += "{" + rule + "},";
+        if (sent.empty()) continue;
+        expected.push_back(R"(parent.timecontrol add {"enable":1,"timestart":)" + sent + "}");
+        expected.back().replace(expected.back().find("..."), 3, R"("mac":"02a0c9000005",)");
+    }
+    rig.set(
+        about(TABLET, R"("operationType":3,"parentalTimeControl":[)" + rules + R"({"timeFrame":"end"}])"));
+    EXPECT_TRUE(wait_for_log("cut timeFrame:end fail"));
+    EXPECT_EQ(rig.take_writes(), expected);
+
+    const std::string odd = R"(`$(x)';|&<>*?~!#%s%n%d\\ \"ä\u0001{}[])";
+    rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[{"url":")" +
+                              odd + R"("},{"url":")" + std::string(255, 'u') + R"("},{"url":")" +
+                              std::string(256, 'u') + R"("}]})"));
+    const std::vector<std::string> writes = pushed(POLICY_BLACK);
+    EXPECT_THAT(writes, SizeIs(4)); // what is deleted, two rules and the policy
+    EXPECT_THAT(writes, Contains(testing::EndsWith(R"("enable":1,"url":")" + odd + R"("})")));
+}
+
 TEST_F(Parental, PolicyIsBlackOrWhite) {
     EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"ParentControlType":8,"parentalTimeControl":[],)"
                                     R"("parentalWebControl":{"controlPolicy":2,"urls":[{"url":"u"}]})")),
@@ -152,6 +194,9 @@ TEST_F(Parental, ApplicationsKeepTheUrlThatTheDaemonHas) {
             POLICY_BLACK));
     EXPECT_TRUE(has_logged("appname:Chatter apptype:1 has no url")); // that is of another type
     EXPECT_TRUE(wait_for_log("pthread_exit"));
+    EXPECT_FALSE(parent_app_flag);
+    rig.set(applied(TABLET, R"("ParentControlType":2,"ParentalSocialControl":{"urls":[]})"));
+    EXPECT_THAT(rig.take_writes(), ElementsAre(R"(parent.control setenable {"enable":1})"));
 }
 
 TEST_F(Parental, TwoRequestsWithinThePauseAreBothCarriedOut) {
@@ -176,10 +221,15 @@ TEST_F(Parental, TwoRequestsWithinThePauseAreBothCarriedOut) {
                             R"(parent.control setenable {"enable":1})",
                             R"(parent.control add {"mac":"02a0c9000002","hostname":"TV"})"));
     parentcontrol_execute_thread(PC, "x", 7);
-    EXPECT_TRUE(wait_for_log("not math option"));
+    wait_for_parental_level(PC);
+    EXPECT_TRUE(has_logged("not math option"));
+    EXPECT_EQ(parentcontrol_level, LEVEL_NONE);
 }
 
 TEST_F(Parental, ARemovalThatWaitsDoesNotUndoWhatComesAfter) {
+    moving_clock::on_pause([](moving_clock::Millis millis) {
+        if (millis == 2000) wait_for_log("operationType:3 parentControl_flag:0 parentFlag:-1");
+    });
     rig.set(about(TABLET, R"("operationType":1,"parentFlag":0)"));
     rig.set(about(TABLET, R"("operationType":3,"timeControlEnable":1)"));
     EXPECT_EQ(waiting_parental_level(TABLET), LEVEL_NONE);
@@ -237,6 +287,48 @@ TEST_F(Parental, GoesOnWhenTheDaemonIsLost) {
                              "control url:b fail", "control filterType:0 fail"})
         EXPECT_TRUE(has_logged(text)) << text;
     EXPECT_EQ(set_flag, 0);
+}
+
+// Lost between two rules of a set and between two elements of the request that brings them.
+TEST_F(Parental, GoesOnWhenTheBusIsLostInBetween) {
+    std::binary_semaphore lost(0);
+    moving_clock::on_pause([&](moving_clock::Millis millis) {
+        if (millis == 1000) lost.acquire();
+        if (millis != 10000) return;
+        EXPECT_TRUE(rig.wait_for_write("parent.urlcontrol add"));
+        rig.router.stop();
+        lost.release();
+        lower_set_flag(); // as a service may that ends meanwhile
+        EXPECT_EQ(set_flag, 1);
+        moving_clock::on_pause({});
+    });
+    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,)"
+                                    R"("urls":[{"url":"a"},{"url":"b"}]})") +
+                      "," + applied(PC, R"("name":"x")")),
+              0);
+    EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
+    for (const char *text : {"i:1 add parental Web Control fail", "modify name fail"})
+        EXPECT_TRUE(has_logged(text)) << text;
+    EXPECT_FALSE(has_logged("i:0 add parental Web Control fail"));
+    EXPECT_EQ(set_flag, 0);
+    rig.router.start();
+    raise_set_flag();
+    EXPECT_EQ(rig.set(applied(PC, R"("name":"again")")), 0);
+    EXPECT_EQ(rig.router.value("/vrop.laninfo/0/devname"), "\"again\"");
+    EXPECT_EQ(set_flag, 1) << "the service is still at work";
+    lower_set_flag();
+    EXPECT_EQ(set_flag, 0);
+}
+
+TEST_F(Parental, RequestsWaitForSomeDevicesAndWriteAll) {
+    std::string elements;
+    for (int i = 0; i < MOST_PARENTAL_WAITS + 8; i++)
+        elements += about(TABLET, R"("operationType":3,"timeControlEnable":)" + std::to_string(i % 2)) + ",";
+    elements.pop_back();
+    EXPECT_EQ(rig.set(elements), 0);
+    EXPECT_THAT(moving_clock::pauses(), testing::AllOf(SizeIs(MOST_PARENTAL_WAITS), Each(10000)));
+    EXPECT_THAT(rig.take_writes(), SizeIs(testing::Ge(static_cast<size_t>(MOST_PARENTAL_WAITS + 7))));
+    EXPECT_TRUE(has_logged("mac:02a0c9000005 32 devices have been waited for, no wait"));
 }
 
 } // namespace

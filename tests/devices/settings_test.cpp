@@ -39,7 +39,9 @@ TEST_F(Settings, WriteWhatDiffers) {
          {R"(laninfo.sta set {"mac":"02a0c9000001","devname":"Big \"PC\""})"}},
         {applied("02a0c9000004", R"("name":"bens-phone")"), {}}, // its own name, since it was given none
         {applied(PC, R"("limitSpeed":{"open":false,"upSpeed":9})"), {}},
-        {applied(PC, R"("limitSpeed":{"open":true,"upSpeed":100,"downSpeed":0})"),
+        {applied("02a0c9000002", R"("limitSpeed":{"open":true,"upSpeed":0,"downSpeed":7})"),
+         {R"(laninfo.sta set {"limitrateswitch":1,"dsbandwidth":7,"mac":"02a0c9000002"})"}},
+        {applied(PC, R"("limitSpeed":{"open":true,"upSpeed":100})"),
          {R"(laninfo.sta set {"limitrateswitch":1,"usbandwidth":100,"mac":"02a0c9000001"})"}},
         {applied(TABLET, R"("limitSpeed":{"open":1,"upSpeed":2048,"downSpeed":8192})"), {}},
         {applied(TABLET, R"("limitSpeed":{"open":1})"), {}},
@@ -57,6 +59,8 @@ TEST_F(Settings, WriteWhatDiffers) {
         {applied(TABLET, R"("disconnect":3)"),
          {R"(parent.control setdev {"disconnect":3,"disconnecttime":1800,"disconnectsettime":1714550400,"mac":"02a0c9000005","hostname":"Tablet"})"}},
         {applied(TABLET, R"("disconnect":3)"), {}},
+        {applied(TABLET, R"("disconnect":4)"),
+         {R"(parent.control setdev {"disconnect":4,"disconnecttime":3600,"disconnectsettime":1714550400,"mac":"02a0c9000005","hostname":"Tablet"})"}},
         {applied(TABLET, R"("disconnect":0,"name":"Pad")"),
          {R"(parent.control setdev {"disconnect":0,"disconnecttime":0,"disconnectsettime":0,"mac":"02a0c9000005","hostname":"Pad"})",
           R"(laninfo.sta set {"mac":"02a0c9000005","devname":"Pad"})"}},
@@ -75,7 +79,11 @@ TEST_F(Settings, WriteWhatDiffers) {
 TEST_F(Settings, OfADeviceAreThoseOfItsOwnElement) {
     EXPECT_EQ(
         rig.set(about(PC, R"("operationType":2,"name":"wrong","blackEnable":1,"limitSpeed":{"open":1})")), 0);
-    EXPECT_TRUE(name_flag && black_flag && limitSpeed_flag);
+    EXPECT_EQ(rig.set(about(TABLET, R"("disconnect":2)") + "," + about(TABLET, R"("disconnect":0)")), 0);
+    EXPECT_TRUE(name_flag && black_flag && limitSpeed_flag && disconnect_flag);
+    EXPECT_FALSE(notice_flag);
+    EXPECT_EQ(rig.set(applied(FILTERED, R"("blackEnable":1)") + "," + about(PC, R"("blackEnable":1)")), 0);
+    EXPECT_THAT(rig.take_writes(), IsEmpty()) << "no second entry in the filter";
     EXPECT_EQ(
         rig.set(applied(TABLET, R"("onlineNotice":true)") + "," + applied("02a0c9000002", R"("name":"TV")")),
         0);
@@ -118,14 +126,16 @@ TEST_F(Settings, RefuseWhatIsNoRequest) {
 // Nothing of these is written, and each request is answered.
 TEST_F(Settings, OddElementsChangeNothing) {
     const std::string long_text(10240, 'x');
-    for (const std::string &element : std::vector<std::string>{
-             "5", "null", "[]", R"("x")", "{}", R"({"name":"x","operationType":1})",
-             applied("", R"("name":"x")"), R"({"mac":["02a0c9000001"],"operationType":1,"name":"x"})",
-             applied(PC, R"("name":["x"],"limitSpeed":[],"blackEnable":{},"disconnect":"often")"),
-             applied(PC,
-                     R"("onlineNotice":[],"parentFlag":{},"parentalWebControl":[],"parentalTimeControl":{})"),
-             applied(PC, R"("ParentControlType":1,"ParentalGameControl":[{"urls":5}])"),
-             applied(PC, R"("ParentControlType":99,"parentalTimeControl":[{}])")}) {
+    for (
+        const std::string &element : std::vector<std::string>{
+            "5", "null", "[]", R"("x")", "{}", R"({"name":"x","operationType":1})",
+            applied("", R"("name":"x")"), R"({"mac":["02a0c9000001"],"operationType":1,"name":"x"})",
+            applied(PC, R"("name":["x"],"limitSpeed":[],"blackEnable":{},"disconnect":"often")"),
+            applied(
+                PC,
+                R"("onlineNotice":[],"blackEnable":-2,"parentFlag":{},"parentalWebControl":[],"parentalTimeControl":{})"),
+            applied(PC, R"("ParentControlType":1,"ParentalGameControl":[{"urls":5}])"),
+            applied(PC, R"("ParentControlType":99,"parentalTimeControl":[{}])")}) {
         EXPECT_EQ(rig.set(element), 0) << element;
         EXPECT_THAT(rig.take_writes(), IsEmpty()) << element;
     }
@@ -157,7 +167,8 @@ TEST_F(Settings, GoOnWhenTheDaemonIsLost) {
     EXPECT_EQ(rig.set(applied(TABLET, all)), 0);
     EXPECT_TRUE(has_logged("modify name fail"));
     EXPECT_TRUE(has_logged("set limit speed fail"));
-    EXPECT_EQ(rig.router.value("/vrop.parent.control/device/0/disconnect"), "2");
+    EXPECT_FALSE(has_logged("mac filter is open"));
+    EXPECT_EQ(rig.router.value("/vrop.parent.control/device/0/disconnecttime"), "600");
     rig.router.stop();
     EXPECT_EQ(rig.set(applied(TABLET, all)), 0);
     EXPECT_FALSE(set_flag || black_flag || name_flag || limitSpeed_flag);
@@ -198,9 +209,14 @@ TEST_F(Settings, TurnTheOnlineNoticeOfOneEntry) {
     EXPECT_EQ(get_device_inform(PC), 0);
     EXPECT_EQ(std::filesystem::status(RUNTIMES).permissions(), std::filesystem::perms(0666));
     EXPECT_FALSE(std::filesystem::exists(std::string(RUNTIMES) + ".bak"));
-    std::ofstream(RUNTIMES) << "[{\"mac\":";
-    EXPECT_EQ(update_onlineNotice(PC, 1), -1);
-    EXPECT_EQ(text_of(RUNTIMES), "[{\"mac\":");
+    for (const std::string &file : // no array, and one that has no room for a notice
+         {std::string("[{\"mac\":"),
+          R"([{"mac":"02A0C9000001","name":")" + std::string(16346, 'x') + "\"}]"}) {
+        std::ofstream(RUNTIMES) << file;
+        EXPECT_EQ(update_onlineNotice(PC, 1), -1);
+        EXPECT_EQ(text_of(RUNTIMES), file);
+    }
+    EXPECT_TRUE(has_logged("the runtime file has no room"));
 }
 
 TEST_F(Settings, OfSeveralThreadsKeepReportsSilentUntilTheLastIsDone) {

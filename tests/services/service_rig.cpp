@@ -11,7 +11,7 @@
 #include "services/restore.h"
 
 ServiceRig::ServiceRig(const std::string &patch) : RouterRig(patch) {
-    set_flag = 0;
+    lower_set_flag();
 }
 
 ServiceRig::~ServiceRig() {

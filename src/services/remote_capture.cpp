@@ -12,6 +12,7 @@
 #include "core/clock.h"
 #include "core/files.h"
 #include "core/process.h"
+#include "core/text.h"
 #include "core/thread.h"
 #include "services/capture.h"
 #include "services/members.h"
@@ -65,6 +66,7 @@ bool check_filter(const Capture &capture, LogSite site) {
     constexpr size_t WORDS = 256;
     std::string words;
     if (check.read_all(WORDS, CHECK_MILLIS, &words) == 0) return true;
+    util_strip_blank_of_string_end(words.data());
     LOG_AT(site, "tcpdump refuses: %s", words.c_str());
     return false;
 }
@@ -113,9 +115,9 @@ void *capture_proc(void *argument) {
     if (file.file) capture_for_its_time(*capture, &file);
     const bool whole = file.file && file.length.whole() > 0 &&
                        ftruncate(file.file.get(), static_cast<off_t>(file.length.whole())) == 0;
-    LOG("capture ended, bytes:%zu", whole ? file.length.whole() : 0);
     set_cap_config(0, CAPTURE_FILE, capture->url.c_str(), capture->upload_url.c_str());
     if (!whole || rename(DRAFT_FILE, CAPTURE_FILE) != 0) unlink(DRAFT_FILE);
+    LOG("capture ended, bytes:%zu", whole ? file.length.whole() : 0);
     at_work = false;
     return nullptr;
 }

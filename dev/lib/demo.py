@@ -11,6 +11,7 @@ sys.dont_write_bytecode = True
 import night  # noqa: E402
 import rig as rigs  # noqa: E402
 import tour  # noqa: E402
+import tour_maintenance  # noqa: E402,F401 -- its steps come behind the others
 
 
 def start_surroundings(rig):

@@ -13,13 +13,17 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char USB_STICK[] = "/sys/devices/usb1/1-1/sda";
+constexpr char STICK_MOUNT[] = "/mnt/usb";
 constexpr char FILLING[] = "/mnt/usb/filling";
+constexpr char FORMAT_STATE[] = "/vrop.ecm/formatstate";
+enum FormatState { GOOD = 0, AT_WORK = 1, BAD = 2 };
 constexpr int KIB = 1024;
 
 constexpr Field PORT[] = {required(text("name", 1, 15)), integer("speed", 10, 10000),
                           choice("duplex", "full|half"), choice("cable", "in|out")};
 constexpr Field TEMPERATURE[] = {required(integer("zone", 0, 1)),
                                  required(integer("millicelsius", -40000, 200000))};
+constexpr Field FORMAT[] = {required(text("diskpath", 1, 127))};
 constexpr Field DISK[] = {choice("stick", "in|out"), integer("used", 0, 1024)};
 
 bool is_ours() {
@@ -125,7 +129,29 @@ JsonRoot change_disk(World &, const Request &request) {
     return result();
 }
 
+// Without the stick the work comes to a bad end.
+void finish_format(World &world) {
+    if (world.state.integer(FORMAT_STATE) != AT_WORK) return; // a reset came between
+    const bool is_in = is_ours() && fs::exists("/sys/block/sda");
+    if (is_in)
+        for (const auto &entry : fs::directory_iterator(STICK_MOUNT))
+            fs::remove_all(entry.path());
+    world.state.set(FORMAT_STATE, is_in ? GOOD : BAD);
+}
+
+JsonRoot format_stick(World &world, const Request &request) {
+    check_ours();
+    if (text_of(request.arguments, "diskpath") != STICK_MOUNT || !fs::exists("/sys/block/sda"))
+        throw Refused("no such disk");
+    if (world.state.integer(FORMAT_STATE) == AT_WORK) throw Refused("a disk is being formatted");
+    world.state.set(FORMAT_STATE, AT_WORK);
+    world.effects.later(world.state.integer("/sim/formattime"), [&world] { finish_format(world); });
+    return result();
+}
+
 constexpr Method ROWS[] = {
+    {"vrop.ecm", "format", FORMAT, format_stick,
+     "begin to format the disk mounted there; done /sim/formattime milliseconds later, see formatstate"},
     {"sim", "port", PORT, change_port, "a wired port's cable, speed in Mbit/s and duplex"},
     {"sim", "temperature", TEMPERATURE, change_temperature, "zone 0 is the CPU, zone 1 the radio"},
     {"sim", "disk", DISK, change_disk, "the USB stick comes or goes; that many KiB of its 1024 are used"},

@@ -62,7 +62,7 @@ constexpr Method ROWS[] = {
     {"vrop.mesh", "get", {}, show, "mesh: enable, role, current_role; status 0 off, 1 on, 2 connecting"},
     {"vrop.mesh", "set", MESH, set_mesh, "switch mesh; role 0 automatic, 1 controller, 2 agent"},
     {"vrop.mesh", "connect", {}, connect_mesh, "start pairing; refused while mesh is off"},
-    {"vrop.ecm", "get", {}, show, "USB storage"},
+    {"vrop.ecm", "get", {}, show, "USB storage; formatstate 0 good, 1 at work, 2 bad"},
     {"vrop.ecm", "set", STORAGE, cut_usb, "cutusb 1 detaches the disk; the switches of ecm.conf take effect"},
 };
 

@@ -13,10 +13,10 @@ using Arguments = std::vector<std::string>; // the first is the program, looked 
 // A program that runs; what still runs when this goes is killed and waited for.
 class Process {
   public:
-    // Starts it with its standard output (or error, see `piped`) in a pipe and the other streams at
-    // /dev/null. `error()` is the error number when it could not be started: ENOENT when there is no such
-    // program.
-    enum class Piped { output, error };
+    // Starts it with the stream that is `piped` in a pipe and the others at /dev/null, with every signal as
+    // the system has it. `error()` is the error number when it could not be started: ENOENT when there is no
+    // such program.
+    enum class Piped { output, error, nothing };
     explicit Process(const Arguments &arguments, Piped piped = Piped::output);
     ~Process();
     Process(const Process &) = delete;
@@ -28,8 +28,11 @@ class Process {
     void signal(int number) const;
     bool has_ended(); // without waiting
     int wait();       // until it has ended; the exit status, -1 for one that a signal ended
-    // Everything that it says until it ends, cut to `limit` bytes; then as wait().
-    int read_all(size_t limit, std::string *text);
+    // Everything that it says until it ends, cut to `limit` bytes; then as wait(). When it says nothing for
+    // that long, it is killed.
+    int read_all(size_t limit, int silence_millis, std::string *text);
+    // Whether it closes the pipe, as it does by ending, within that time of the system's clock.
+    bool closes_within(int millis) const;
 
   private:
     bool take_status(int options);

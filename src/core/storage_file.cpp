@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/storage_file.h"
 
+#include <cerrno>
 #include <unistd.h>
 
 #include "core/files.h"
@@ -41,9 +42,10 @@ int ecm_init() {
     return 0;
 }
 
-std::string storage_text() {
-    std::string text;
-    return read_file(STORAGE_FILE, STORAGE_MAX, &text) ? text : "";
+bool read_storage(std::string *text) {
+    text->clear();
+    if (!read_file(STORAGE_FILE, STORAGE_MAX + 1, text)) return errno == ENOENT;
+    return text->size() <= STORAGE_MAX;
 }
 
 int storage_number(const std::string &text, const char *key, int otherwise) {

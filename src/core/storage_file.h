@@ -10,8 +10,9 @@ inline constexpr char STORAGE_FILE[] = "/apetc/rvxa/ecm.conf";
 // there, -1 when it could not be created. Of start-up.
 int ecm_init();
 
-// The file's text, "" when it cannot be read.
-std::string storage_text();
+// Reads the file's text; "" when there is none. False when it cannot be read whole, as when it is longer than
+// 64 KiB.
+bool read_storage(std::string *text);
 // The number that a key has in such a text, `otherwise` when it has none.
 int storage_number(const std::string &text, const char *key, int otherwise);
 // The text with another number for the key: in its line, or in a line of its own at the end. Everything else,

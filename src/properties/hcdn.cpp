@@ -43,7 +43,8 @@ std::string disk_path() {
 }
 
 int fill_hcdn(json_object *document) {
-    const std::string text = storage_text();
+    std::string text;
+    read_storage(&text);
     for (const Setting &setting : SETTINGS)
         JsonSetBool(document, "hcdn", setting.cloud,
                     storage_number(text, setting.file, setting.otherwise) != 0);
@@ -104,9 +105,9 @@ struct Change {
     bool any = false;
 };
 
-// False for a request that names nothing that can be set, or gives it a value that it cannot have.
+// False for a request that names nothing that can be set, or gives it a value that it cannot have. The text
+// of the file stands in the change.
 bool read_change(json_object *request, Change *change) {
-    change->before = change->after = storage_text();
     bool named = false;
     for (const Setting &setting : SETTINGS) {
         int value = NOT_GIVEN;
@@ -130,6 +131,11 @@ bool read_change(json_object *request, Change *change) {
 
 int apply_hcdn(json_object *member, const char *context) {
     Change change;
+    if (!read_storage(&change.before)) {
+        LOG("read file:%s fail", STORAGE_FILE);
+        return -1;
+    }
+    change.after = change.before;
     if (!read_change(member, &change)) {
         LOG("APP send data is error");
         return -1;

@@ -26,6 +26,7 @@ constexpr char SUCCESS[] = "{\"action\": \"RemoteCapSuccess\"}";
 
 std::mutex capture_mutex;
 CaptureSettings capture;
+bool is_sending;
 
 // The path becomes part of a command line.
 bool is_plain_word(const char *text) {
@@ -39,9 +40,20 @@ bool upload_is_due(CaptureSettings *due) {
     std::lock_guard lock(capture_mutex);
     if (capture.real_url[0] == '\0' || access(capture.path, F_OK) != 0) return false;
     *due = capture;
-    if (capture.time == 0) return true;
+    if (capture.time == 0) {
+        is_sending = true;
+        return true;
+    }
     if (capture.time > INT_MIN) capture.time--; // one below 0 never gets there
     return false;
+}
+
+// Hands the address and the file to the helper, and removes the file.
+void send_once(const CaptureSettings &due, const char *command) {
+    const UrlFile address(due.upload_url, LogSite::here());
+    const bool uploaded = address && rvxa_run_cmd_ext(command) == 0;
+    unlink(due.path);
+    if (uploaded) udp_send_data(SUCCESS, sizeof SUCCESS - 1);
 }
 
 } // namespace
@@ -76,12 +88,15 @@ void capture_round() {
     CaptureSettings due;
     if (!upload_is_due(&due)) return;
     const Text<256> command = format_text<256>("%s %s", PUT_FILE_PROGRAM, due.path);
-    if (due.upload_url[0] == '\0') {
+    if (due.upload_url[0] == '\0')
         rvxa_run_cmd_ext(command.text);
-        return;
-    }
-    const UrlFile address(due.upload_url, LogSite::here());
-    const bool uploaded = address && rvxa_run_cmd_ext(command.text) == 0;
-    unlink(due.path);
-    if (uploaded) udp_send_data(SUCCESS, sizeof SUCCESS - 1);
+    else
+        send_once(due, command.text);
+    std::lock_guard lock(capture_mutex);
+    is_sending = false;
+}
+
+bool capture_is_pending() {
+    std::lock_guard lock(capture_mutex);
+    return capture.upload_url[0] != '\0' && (is_sending || access(capture.path, F_OK) == 0);
 }

@@ -9,6 +9,9 @@
 // other 511. 0; -1 when the path is not one word to the shell, which leaves the settings as they were.
 int set_cap_config(int seconds, const char *path, const char *real_url, const char *upload_url = nullptr);
 
+// Whether a file with an address for the helper waits for its upload or is being sent.
+bool capture_is_pending();
+
 // Copies the upload address, cut to size - 1 characters. 0, or -1 for a null argument or a size below 1.
 int get_cap_realurl(char *address, int size);
 

@@ -29,22 +29,23 @@ bool read_channels(int radio, RadioChannels *channels) {
            read_channel_scores(radio, &channels->scores);
 }
 
-// The document of the radios that are meant, an object for each; a failure when one of them cannot be read.
+// The document of the radios that are meant, an object for each. All are read first: a failure when one of
+// them cannot be, and none has been changed then.
 ServiceAnswer for_each_radio(const ServiceRequest &request,
                              json_object *(*describe)(const RadioChannels &, LogSite)) {
     Radios radios = {};
     if (!take_radios(request.json, &radios)) return answer_failed();
-    JsonRoot list(json_object_new_array());
-    for (int radio = radios.first; radio <= radios.last; radio++) {
-        RadioChannels channels = {};
-        if (!read_channels(radio, &channels)) {
+    std::vector<RadioChannels> read;
+    for (int radio = radios.first; radio <= radios.last; radio++)
+        if (!read_channels(radio, &read.emplace_back())) {
             LOG_AT(request.site, "radio:%d is not to be read", radio);
             return answer_failed();
         }
-        json_object_array_add(list.get(), describe(channels, request.site));
-    }
     JsonRoot document(json_object_new_object());
-    JsonSetObj(document.get(), nullptr, "radios", list.release());
+    json_object *list = json_object_new_array();
+    for (const RadioChannels &channels : read)
+        json_object_array_add(list, describe(channels, request.site));
+    JsonSetObj(document.get(), nullptr, "radios", list);
     return answer_with(JsonPlainText(document.get()));
 }
 

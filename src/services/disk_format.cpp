@@ -8,6 +8,8 @@
 #include <string>
 
 #include "core/bus.h"
+#include "core/clock.h"
+#include "core/json_path.h"
 #include "core/registration.h"
 #include "core/text.h"
 #include "core/thread.h"
@@ -21,6 +23,11 @@ namespace {
 constexpr size_t LONGEST_PATH = 127;
 constexpr int ANOTHER_AT_WORK = 409;
 constexpr char ALLOWED[] = "1";
+constexpr char OBJECT[] = "vrop.ecm";
+constexpr unsigned LONGEST_SECONDS = 600;
+
+// "formatstate" of the daemon.
+enum FormatState { FORMAT_GOOD = 0, FORMAT_AT_WORK = 1, FORMAT_BAD = 2 };
 
 std::atomic<bool> at_work;
 
@@ -31,14 +38,35 @@ void report_outcome(int result) {
     udp_send_data(datagram.text, sizeof datagram.text);
 }
 
+// Where the daemon's work stands. One that does not answer now may do so later.
+FormatState format_state() {
+    JsonRoot root;
+    json_object *storage = get_dev_info(OBJECT, "get", &root);
+    if (storage == nullptr) return FORMAT_AT_WORK;
+    int32_t state = FORMAT_BAD;
+    JsonReadInt(storage, "formatstate", &state);
+    return state == FORMAT_GOOD || state == FORMAT_AT_WORK ? static_cast<FormatState>(state) : FORMAT_BAD;
+}
+
+// The daemon's call returns at once, since nobody else could ask it anything meanwhile.
+bool format_and_wait(const std::string &path) {
+    BusMessage message;
+    message.text("diskpath", path.c_str());
+    if (set_dev_info(OBJECT, "format", message) != 0) return false;
+    FormatState state = FORMAT_AT_WORK;
+    for (unsigned second = 0; second < LONGEST_SECONDS && state == FORMAT_AT_WORK; second++) {
+        pause_seconds(1);
+        state = format_state();
+    }
+    return state == FORMAT_GOOD;
+}
+
 void *format_proc(void *argument) {
     const std::unique_ptr<std::string> path(static_cast<std::string *>(argument));
-    BusMessage message;
-    message.text("diskpath", path->c_str());
-    const int result = set_dev_info("vrop.ecm", "format", message);
-    LOG("format disk:%s ret:%d", path->c_str(), result);
+    const bool good = format_and_wait(*path);
+    LOG("format disk:%s %s", path->c_str(), good ? "ok" : "fail");
     at_work = false;
-    report_outcome(result == 0 ? 0 : 1);
+    report_outcome(good ? 0 : 1);
     return nullptr;
 }
 

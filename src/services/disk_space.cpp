@@ -3,9 +3,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <sys/statvfs.h>
 
 #include "core/thread.h"
@@ -15,7 +15,7 @@ namespace {
 constexpr std::chrono::seconds PATIENCE{2};
 constexpr unsigned long long KIB = 1024;
 
-// Shared by the asker and the thread that may hang; the last of the two frees it.
+// Shared by those who ask and the thread that may hang; the last of them frees it.
 struct Question {
     std::string path;
     bool answered = false;
@@ -24,7 +24,7 @@ struct Question {
 
 std::mutex questions_mutex;
 std::condition_variable answered;
-std::set<std::string> open_paths;
+std::map<std::string, std::shared_ptr<Question>> open_questions;
 
 std::optional<DiskSpace> ask(const std::string &path) {
     struct statvfs disk = {};
@@ -41,24 +41,32 @@ void *ask_and_tell(void *argument) {
     std::lock_guard lock(questions_mutex);
     (*question)->answer = answer;
     (*question)->answered = true;
-    open_paths.erase((*question)->path);
+    open_questions.erase((*question)->path);
     answered.notify_all();
     return nullptr;
+}
+
+// Null when nobody can be sent to ask.
+std::shared_ptr<Question> new_question(const std::string &path) {
+    auto question = std::make_shared<Question>();
+    question->path = path;
+    auto handed_over = std::make_unique<std::shared_ptr<Question>>(question);
+    if (start_detached(ask_and_tell, handed_over.get()) != 0) return nullptr;
+    (void)handed_over.release();
+    return question;
 }
 
 } // namespace
 
 std::optional<DiskSpace> disk_space(const std::string &path) {
-    auto question = std::make_shared<Question>();
-    question->path = path;
     std::unique_lock lock(questions_mutex);
-    if (!open_paths.insert(path).second) return {};
-    auto handed_over = std::make_unique<std::shared_ptr<Question>>(question);
-    if (start_detached(ask_and_tell, handed_over.get()) != 0) {
-        open_paths.erase(path);
+    std::shared_ptr<Question> &open = open_questions[path];
+    if (!open) open = new_question(path);
+    const std::shared_ptr<Question> question = open;
+    if (!question) {
+        open_questions.erase(path);
         return {};
     }
-    (void)handed_over.release();
     answered.wait_for(lock, PATIENCE, [&] { return question->answered; });
     return question->answer;
 }

@@ -10,7 +10,6 @@ struct DiskSpace {
     int64_t total, free; // KiB
 };
 
-// Nothing when the path has no filesystem or does not answer within two seconds; as long as an earlier
-// question is still open, the path counts as not answering, so that a dead disk costs one thread and no more.
-// Any thread.
+// Nothing when the path has no filesystem or does not answer within two seconds. Who asks while another's
+// question about the path is open shares it, so that a dead disk costs one thread and no more. Any thread.
 std::optional<DiskSpace> disk_space(const std::string &path);

@@ -25,8 +25,10 @@ bool is_behind_usb(const std::string &folder) {
            std::string(target).find("/usb") != std::string::npos;
 }
 
+// An empty card reader has a size of 0.
 bool is_external(const std::string &name) {
     const std::string folder = BLOCK_DEVICES + name;
+    if (line_number(first_line(folder + "/size"), -1) == 0) return false;
     return line_number(first_line(folder + "/removable"), 0) == 1 || is_behind_usb(folder);
 }
 

@@ -2,6 +2,7 @@
 #include "services/hardware.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,7 +30,9 @@ std::string proc_text(const char *path) {
     return read_file(path, PROC_MAX, &text) ? text : "";
 }
 
+// What is no number of JSON counts as 0.
 json_object *decimal(double value) {
+    if (!std::isfinite(value)) value = 0;
     return json_object_new_double_s(value, format_text<32>("%.2f", value).text);
 }
 
@@ -114,7 +117,7 @@ int cpu_usage(const CpuTimes &before, const CpuTimes &after) {
     if (after.total <= before.total || after.busy < before.busy) return 0;
     const double share =
         static_cast<double>(after.busy - before.busy) / static_cast<double>(after.total - before.total);
-    return std::clamp(static_cast<int>(share * 100 + 0.5), 0, 100);
+    return static_cast<int>(std::clamp(share, 0.0, 1.0) * 100 + 0.5);
 }
 
 long meminfo_kib(const std::string &meminfo, const char *key) {

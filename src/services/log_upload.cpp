@@ -21,6 +21,7 @@ namespace {
 constexpr char PACKAGE[] = "/aptmp/qvtk_logs.tar.gz";
 constexpr char FOLDER_PATTERN[] = "/aptmp/qvtk_logs.XXXXXX";
 constexpr size_t LONGEST_LINE = 64 * 1024;
+constexpr long LONGEST_LOG = 4 * 1024 * 1024; // its end is what tells
 
 std::mutex package_mutex;
 
@@ -42,6 +43,7 @@ class WorkFolder {
         if (mkdtemp(path)) path_ = path;
     }
     ~WorkFolder() {
+        if (path_.empty()) return;
         for (const LogFile &log : log_files())
             unlink((path_ + "/" + log.name).c_str());
         rmdir(path_.c_str());
@@ -54,19 +56,28 @@ class WorkFolder {
     std::string path_;
 };
 
-// The next line with its end, cut to what a log may hold; "" behind the last.
+// The next line with its end; "" behind the last. Of a longer one than a log should hold the rest is left
+// out: in a piece of its own, nobody could tell what is secret.
 std::string next_line(FILE *log) {
     std::string line;
-    for (int character = 0; line.size() < LONGEST_LINE && (character = getc(log)) != EOF;) {
-        line += static_cast<char>(character);
-        if (character == '\n') break;
-    }
-    return line;
+    for (int character = 0; (character = getc(log)) != EOF && character != '\n';)
+        if (line.size() < LONGEST_LINE) line += static_cast<char>(character);
+    return feof(log) || ferror(log) ? line : line + '\n';
+}
+
+// Opens a log at the beginning of a line of its last part; nothing when there is none.
+FileHandle open_log(const char *path) {
+    Descriptor file = open_own_file(path);
+    FileHandle log(file ? fdopen(file.get(), "r") : nullptr);
+    if (!log) return log;
+    (void)file.release();
+    if (fseek(log.get(), -LONGEST_LOG, SEEK_END) == 0) next_line(log.get());
+    return log;
 }
 
 // A log that is not there has nothing to copy.
 bool copy_masked(const LogFile &log, const std::string &folder, const std::vector<std::string> &secrets) {
-    const FileHandle from(fopen(log.path, "re"));
+    const FileHandle from = open_log(log.path);
     if (!from) return true;
     const Descriptor to = create_private_file((folder + "/" + log.name).c_str());
     if (!to) return false;

@@ -5,12 +5,14 @@
 #include <cerrno>
 #include <csignal>
 #include <memory>
+#include <net/if.h>
 #include <string>
 #include <unistd.h>
 
 #include "core/clock.h"
 #include "core/files.h"
 #include "core/process.h"
+#include "core/text.h"
 #include "core/thread.h"
 #include "services/capture.h"
 #include "services/members.h"
@@ -20,12 +22,13 @@
 namespace {
 
 constexpr char DRAFT_FILE[] = "/aptmp/qvtk_capture.draft";
-constexpr char INTERFACES[] = "/sys/class/net/";
 constexpr size_t CAPTURE_MAX = 8 * 1024 * 1024;
 constexpr size_t LONGEST_INTERFACE = 15, LONGEST_FILTER = 255, LONGEST_UPLOAD_URL = 511, LONGEST_URL = 255;
 constexpr int64_t LONGEST_TIME = 300; // seconds
 constexpr unsigned LOOK_MILLIS = 100; // between two looks at what has come
 constexpr unsigned END_LOOKS = 30;    // for tcpdump to end by itself
+constexpr int CHECK_MILLIS = 10000;   // for tcpdump to look up the names in a filter
+constexpr int FAIL_MILLIS = 500;      // within which tcpdump ends that may not capture
 constexpr int ANOTHER_AT_WORK = 409;
 
 std::atomic<bool> at_work;
@@ -42,11 +45,6 @@ bool read_capture(json_object *request, Capture *capture) {
            take_text(request, "interface", LONGEST_INTERFACE, &capture->interface) == Member::good &&
            take_text(request, "uploadUrl", LONGEST_UPLOAD_URL, &capture->upload_url) == Member::good &&
            take_text(request, "url", LONGEST_URL, &capture->url) == Member::good && filter != Member::bad;
-}
-
-bool has_interface(const std::string &name) {
-    return name.find('/') == std::string::npos && name[0] != '.' &&
-           access((INTERFACES + name).c_str(), F_OK) == 0;
 }
 
 // The filter stands behind "--", so that none of it is an option.
@@ -67,7 +65,8 @@ bool check_filter(const Capture &capture, LogSite site) {
     }
     constexpr size_t WORDS = 256;
     std::string words;
-    if (check.read_all(WORDS, &words) == 0) return true;
+    if (check.read_all(WORDS, CHECK_MILLIS, &words) == 0) return true;
+    util_strip_blank_of_string_end(words.data());
     LOG_AT(site, "tcpdump refuses: %s", words.c_str());
     return false;
 }
@@ -77,20 +76,24 @@ struct CaptureFile {
     Descriptor file;
     PacketLength length;
     size_t size = 0;
+    bool is_full = false; // something is missing from here on
 };
 
 // Takes over what tcpdump has written since. False when there is no more room, or it has closed its end.
 bool take_packets(int from, CaptureFile *to) {
     uint8_t piece[16 * 1024];
-    for (;;) {
+    while (!to->is_full) {
         const ssize_t got = read(from, piece, sizeof piece);
         if (got < 0) return errno == EAGAIN || errno == EINTR;
         const auto count = static_cast<size_t>(got);
-        if (count == 0 || to->size + count > CAPTURE_MAX) return false;
-        if (!write_all(to->file.get(), reinterpret_cast<char *>(piece), count)) return false;
+        if (count == 0) return false;
+        to->is_full = to->size + count > CAPTURE_MAX ||
+                      !write_all(to->file.get(), reinterpret_cast<char *>(piece), count);
+        if (to->is_full) break;
         to->length.take(piece, count);
         to->size += count;
     }
+    return false;
 }
 
 void capture_for_its_time(const Capture &capture, CaptureFile *file) {
@@ -112,35 +115,41 @@ void *capture_proc(void *argument) {
     if (file.file) capture_for_its_time(*capture, &file);
     const bool whole = file.file && file.length.whole() > 0 &&
                        ftruncate(file.file.get(), static_cast<off_t>(file.length.whole())) == 0;
-    LOG("capture ended, bytes:%zu", whole ? file.length.whole() : 0);
+    set_cap_config(0, CAPTURE_FILE, capture->url.c_str(), capture->upload_url.c_str());
     if (!whole || rename(DRAFT_FILE, CAPTURE_FILE) != 0) unlink(DRAFT_FILE);
+    LOG("capture ended, bytes:%zu", whole ? file.length.whole() : 0);
     at_work = false;
     return nullptr;
 }
 
-ServiceAnswer start_capture(std::unique_ptr<Capture> capture, LogSite site) {
-    unlink(CAPTURE_FILE);
-    set_cap_config(0, CAPTURE_FILE, capture->url.c_str(), capture->upload_url.c_str());
+// True when the capture runs, and is its thread's.
+bool start_capture(std::unique_ptr<Capture> capture, LogSite site) {
+    if (!check_filter(*capture, site)) return false;
+    unlink(CAPTURE_FILE); // of an agent that was ended before it could send it
     capture->tcpdump = std::make_unique<Process>(tcpdump_arguments(*capture, {"-U", "-w", "-"}));
-    if (*capture->tcpdump && start_detached(capture_proc, capture.get()) == 0) {
-        (void)capture.release();
-        return answer_done();
+    if (!*capture->tcpdump || capture->tcpdump->closes_within(FAIL_MILLIS)) {
+        LOG_AT(site, "tcpdump ended at once");
+        return false;
     }
-    LOG_AT(site, "create pthread fail");
-    at_work = false;
-    return answer_failed();
+    if (start_detached(capture_proc, capture.get()) != 0) {
+        LOG_AT(site, "create pthread fail");
+        return false;
+    }
+    (void)capture.release();
+    return true;
 }
 
 ServiceAnswer capture_packets(const ServiceRequest &request) {
     auto capture = std::make_unique<Capture>();
-    if (!read_capture(request.json, capture.get()) || !has_interface(capture->interface)) {
+    if (!read_capture(request.json, capture.get()) || if_nametoindex(capture->interface.c_str()) == 0) {
         LOG_AT(request.site, "capture is refused");
         return answer_failed();
     }
     if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
-    if (check_filter(*capture, request.site)) return start_capture(std::move(capture), request.site);
+    const bool pending = capture_is_pending();
+    if (!pending && start_capture(std::move(capture), request.site)) return answer_done();
     at_work = false;
-    return answer_failed();
+    return pending ? answer_failed("{}", -1, ANOTHER_AT_WORK) : answer_failed();
 }
 
 constexpr Service REMOTE_CAP = {.name = "remoteCap",

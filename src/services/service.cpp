@@ -6,6 +6,7 @@
 
 #include "core/json_path.h"
 #include "core/report_gate.h"
+#include "core/text.h"
 #include "tebra_sdk.h"
 
 namespace {
@@ -76,8 +77,9 @@ int serve(const Service &service, const ServiceCall &call, ServiceWork work, Log
         answer = work_on(service, {json.get(), site, call.parameters}, work);
     else if (service.answers_bad_parameters)
         answer = answer_failed();
-    if (answer.code != 0)
-        TEBRA_SDK_Handle_Response(call.handle, call.id, answer.code, answer.body.c_str(), service.name);
+    if (answer.code != 0) // names of networks and files are any bytes
+        TEBRA_SDK_Handle_Response(call.handle, call.id, answer.code, utf8_text(answer.body.c_str()).c_str(),
+                                  service.name);
     if (answer.afterwards) answer.afterwards(site, answer);
     return answer.result;
 }

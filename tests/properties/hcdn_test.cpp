@@ -82,6 +82,10 @@ TEST(Hcdn, BadMembersAndRefusalsChangeNothing) {
         {.kind = router::Fault::Kind::Result, .object = "vrop.ecm", .method = "set", .value = 2});
     EXPECT_EQ(set("hcdn", R"({"hcdn":{"samba":1}})"), -1);
     EXPECT_EQ(text_of(STORAGE_FILE), SETTINGS);
+    const std::string huge = std::string(70000, '#') + "\nsamba=0\n";
+    std::ofstream(STORAGE_FILE) << huge;
+    EXPECT_EQ(set("hcdn", R"({"hcdn":{"samba":1}})"), -1);
+    EXPECT_EQ(text_of(STORAGE_FILE), huge);
 }
 
 } // namespace

@@ -67,11 +67,18 @@ def faults(name, document, pointer=""):
 def _said(error):
     shown = json.dumps(error.instance, ensure_ascii=False)
     shown = shown if len(shown) <= 60 else shown[:57] + "..."
+    value = error.validator_value
+    if error.validator == "required":
+        return f"{', '.join(name for name in value if name not in error.instance)} is missing"
+    if error.validator == "additionalProperties":
+        return f"{', '.join(sorted(set(error.instance) - set(error.schema['properties'])))} is unknown"
     if error.validator == "anyOf":
-        return f"{shown} is not {error.schema.get('description') or error.schema.get('title') or 'one of the alternatives'}"
+        return f"{shown} is none of: {error.schema.get('description') or error.schema.get('title') or value}"
     if error.validator is None:  # the schema `false`
         return "it must not be there"
-    return error.message if len(error.message) <= 200 else f"{shown}: {error.validator} {error.validator_value}"
+    said = {"type": "is no", "enum": "is none of", "minimum": "is less than", "maximum": "is more than",
+            "maxLength": "is longer than", "minLength": "is shorter than", "pattern": "does not fit"}
+    return f"{shown} {said.get(error.validator, 'breaks ' + str(error.validator))} {value}"
 
 
 def request_schema(kind, name):

@@ -23,6 +23,8 @@ def all_names():
 def _part(schema, what):
     rows = members.members(schema)
     whole = contract.schema(schema)
+    if schema.startswith("properties/") and not contract.schema(f"{schema}.set") and schema.rpartition("/")[2] in settable():
+        what = "property, as it is read and set"
     lines = [f"{schema.rpartition('/')[2].partition('.')[0]} ({what}): {whole['title']}"]
     if "description" in whole:
         lines.append(f"  {whole['description']}")

@@ -38,13 +38,13 @@ def _payload(schema, envelope=False):
 def channels():
     lines = []
     for kind, name, topic, request, _ in _asked():
-        lines += [f"  {kind}-{name}:", f"    address: 'tebra/{{productKey}}/{{serialNumber}}/{topic}'", f"    {DEVICE}",
-                  f"    messages: {{request: {{$ref: '#/components/messages/{kind}-{name}'}}}}"]
+        lines += [f"  {kind}-{name}:", f"    {{address: 'tebra/{{productKey}}/{{serialNumber}}/{topic}', {DEVICE},",
+                  f"     messages: {{request: {{$ref: '#/components/messages/{kind}-{name}'}}}}}}"]
     for name, topic, schemas in _told():
         shown = ", ".join(f"{part.rpartition('/')[2]}: {{$ref: '#/components/messages/{name}-{part.rpartition('/')[2]}'}}"
                           for part in schemas)
-        lines += [f"  {name}:", f"    address: 'tebra/{{productKey}}/{{serialNumber}}/{topic}'", f"    {DEVICE}",
-                  f"    messages: {{{shown}}}"]
+        lines += [f"  {name}:", f"    {{address: 'tebra/{{productKey}}/{{serialNumber}}/{topic}', {DEVICE},",
+                  f"     messages: {{{shown}}}}}"]
     answers = ", ".join(f"{kind}-{name}: {{$ref: '#/components/messages/{kind}-{name}-answer'}}"
                         for kind, name, *_ in _asked())
     return "\n".join([*lines, "  reply:", "    address: null", "    title: The response topic of the request",
@@ -54,7 +54,7 @@ def channels():
 def operations():
     lines = []
     for kind, name, *_ in _asked():
-        lines += [f"  {kind}-{name}:", f"    {{action: receive, channel: {{$ref: '#/channels/{kind}-{name}'}}, reply: {{"
+        lines += [f"  {kind}-{name}: {{action: receive, channel: {{$ref: '#/channels/{kind}-{name}'}}, reply: {{"
                   f"address: {{$ref: '#/components/replyAddresses/responseTopic'}}, channel: {{$ref: '#/channels/reply'}}, "
                   f"messages: [{{$ref: '#/channels/reply/messages/{kind}-{name}'}}]}}}}"]
     lines += [f"  {name}: {{action: send, channel: {{$ref: '#/channels/{name}'}}}}" for name, *_ in _told()]

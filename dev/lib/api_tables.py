@@ -5,7 +5,7 @@ import json
 import contract
 import members
 
-WIDTH = 118
+WIDTH = 104
 
 
 def _json(value):
@@ -23,7 +23,7 @@ def laid_out(value, indent=0):
     lines = [opened]
     for text in texts:
         first = text.split("\n")[0]
-        if len(lines[-1]) + len(first) + 2 <= WIDTH and (lines[-1] in ("{", "[") or "\n" not in text):
+        if lines[-1] in ("{", "[") or len(lines[-1]) + len(first) + 2 <= WIDTH and "\n" not in text:
             lines[-1] += ("" if lines[-1] in ("{", "[") else " ") + text + ","
         else:
             lines.append(" " * (indent + 2) + text + ",")
@@ -49,8 +49,15 @@ def _merged(rows):
     """Rows that differ in their first cell alone are one."""
     by_rest = {}
     for first, *rest in rows:
-        by_rest.setdefault(tuple(rest), []).append(first)
+        firsts = by_rest.setdefault(tuple(rest), [])
+        if first not in firsts:
+            firsts.append(first)
     return [[", ".join(firsts), *rest] for rest, firsts in by_rest.items()]
+
+
+def _own(path):
+    """The member's own name: where it stands is clear from the example."""
+    return path.rpartition(".")[2]
 
 
 def property_table(name):
@@ -64,8 +71,8 @@ def property_table(name):
         meaning = row.meaning
         if taken and taken.meaning != meaning:
             meaning = f"{meaning}. Set: {taken.meaning.removeprefix(meaning).lstrip('.; ')}"
-        rows.append([row.path, row.type, ("required" if taken.required else "yes") if taken else "", meaning])
-    rows += [[row.path, row.type, "required" if row.required else "yes", row.meaning] for row in settable.values()]
+        rows.append([_own(row.path), row.type, ("required" if taken.required else "yes") if taken else "", meaning])
+    rows += [[_own(row.path), row.type, "required" if row.required else "yes", row.meaning] for row in settable.values()]
     head = ["key", "type", "set", "meaning"]
     if not request:
         rows, head = [[path, kind, meaning] for path, kind, _, meaning in rows], ["key", "type", "meaning"]
@@ -76,7 +83,7 @@ SET_APART = ("apDevices",)  # properties whose request is described apart from t
 
 
 def members_table(schema):
-    rows = [[row.path, row.type, row.meaning] for row in members.members(schema, deep=False)
+    rows = [[_own(row.path), row.type, row.meaning] for row in members.members(schema, deep=False)
             if row.meaning != "only read"]
     return code(schema) + "\n" + table(["key", "type", "meaning"], *_merged(rows))
 
@@ -99,7 +106,7 @@ def services_table(*names):
     for name in names:
         answer = contract.schema(f"services/{name}.answer")
         rows.append([name, _request_cell(name), answer["title"], f"`{_json(members.example(f'services/{name}.answer'))}`",
-                     answer["x-refusals"]])
+                     answer.get("x-refusals", "")])
         for schema in (contract.request_schema("call", name), f"services/{name}.answer"):
             if schema:
                 details += [[f"{name}: {row.path}", row.type, row.meaning]
@@ -122,5 +129,5 @@ def named_table(kind, suffixes=("",)):
 
 
 MAKERS = {"property": property_table, "request": lambda name: members_table(f"properties/{name}.set"),
-          "document": lambda name: members_table(name), "services": services_table,
+          "services": services_table,
           "events": lambda: named_table("events"), "https": lambda: named_table("https", (".request", ".answer"))}

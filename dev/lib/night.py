@@ -37,4 +37,5 @@ def play(rig):
     found = json.loads(report["body"])["runtimeList"]
     if report["verdict"] != "ok" or found != clients:
         raise Failed(f"the report was {report}")
+    rig.check_contract()
     print(f"ok: {found[0]['name']} was online for {found[0]['runTime']} s", flush=True)

@@ -14,6 +14,9 @@ import subprocess
 import threading
 import time
 
+import contract
+import contract_watch
+
 REPO = pathlib.Path(__file__).resolve().parents[2]
 MAIN_LOG = pathlib.Path("/apvar/log/qvtk.log")
 UPGRADE_LOG = pathlib.Path("/apetc/rvxa/qvtk_upgrade.log")
@@ -96,6 +99,8 @@ class Rig:
         self.home.mkdir(parents=True, exist_ok=True)
         self.uploads = self.home / "uploads"  # what the device has uploaded
         self.processes = {}
+        self.contract = None  # who listens to what passes the broker
+        self.requests_checked = 0
         self.environment = {**os.environ, "TEBRA_SDK_BROKER": f"127.0.0.1:{BROKER_PORT}",
                             "TEBRA_SDK_REPORT_SECONDS": "1", **(environment or {})}
 
@@ -132,6 +137,8 @@ class Rig:
         (self.home / "broker.sock").unlink(missing_ok=True)
         self.start("broker", ["mosquitto", "-c", config])
         wait_until("the broker", lambda: self._accepts(BROKER_PORT) and (self.home / "broker.sock").exists())
+        self.check_contract()
+        self.contract = contract_watch.ContractWatch(str(self.home / "broker.sock"))
 
     def start_router(self, *arguments):
         self.start("routersim", [self.build / "sim/router/routersim", *arguments])
@@ -212,6 +219,18 @@ class Rig:
         log = self.home / "requests.log"
         lines = log.read_text().splitlines() if log.exists() else []
         return [entry for entry in map(json.loads, lines) if entry["path"].endswith(path)]
+
+    def check_contract(self):
+        """Fails when anything that has passed since the last check is not as api/ says."""
+        found = self.contract.flush() if self.contract else []
+        requests = self.requests()
+        for request in requests[self.requests_checked:]:
+            found += contract.https_faults(request)
+        self.requests_checked = len(requests)
+        for backup in self.uploads.glob("*.config"):
+            found += contract.faults("https/backup", json.loads(backup.read_text()))
+        if found:
+            raise Failed("not as api/ says: " + "\n  ".join(found))
 
     @staticmethod
     def local_event(document):

@@ -389,6 +389,7 @@ def play(rig):
         began = time.monotonic()
         try:
             said = function(rig, watch)
+            rig.check_contract()
         except Exception:
             print("FAILED", flush=True)
             raise

@@ -14,6 +14,9 @@ class RigTest(unittest.TestCase):
     """A test with self.rig; what it started is ended, and its logs are shown when it fails."""
     build = sys.argv[1] if len(sys.argv) > 1 else ""
 
+    def tearDown(self):
+        self.rig.check_contract()
+
     def run(self, result=None):
         self.rig = rig.Rig(self.build)
         before = len(result.failures) + len(result.errors)

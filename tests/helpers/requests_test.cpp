@@ -3,7 +3,6 @@
 #include "https/helper_requests.h"
 
 #include <fstream>
-#include <sys/wait.h>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -86,21 +85,6 @@ TEST(HelperRequests, NothingIsWrittenForBadArgumentsAndShortBuffersAreCut) {
     EXPECT_EQ(post_timecontrol_head(body, sign, url, 10, 10, 10), HEAD_OK);
     EXPECT_EQ(std::string(body) + sign + url,
               "{\"sn\":\"SI" + expected_sign("SIM2408000017").substr(0, 9) + "https://1");
-}
-
-TEST(Helper, HasLimits) {
-    Transfer transfer;
-    Answer answer = {.text = {}, .limit = REPLY_LIMIT};
-    EXPECT_FALSE(exchange(&transfer, "https://127.0.0.1:1/", &answer));
-    EXPECT_THAT(curl_spy.options, testing::IsSupersetOf({"CONNECTTIMEOUT=15", "TIMEOUT=120"}));
-    const pid_t child = fork();
-    if (child == 0) {
-        start_helper("helper");
-        _exit(static_cast<int>(alarm(0))); // what is left of its time
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 180);
 }
 
 TEST(HelperLimits, EndTheTransferAndTheProgram) {

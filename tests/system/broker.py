@@ -4,6 +4,7 @@ import os
 import subprocess
 
 import rig
+import sdk
 from run import RigTest
 
 EXAMPLE = rig.REPO / "packaging/broker"
@@ -18,9 +19,10 @@ class Broker(RigTest):
             (folder / name).write_text((EXAMPLE / name).read_text().replace("/etc/mosquitto", str(folder)))
         with open(folder / "mosquitto.conf", "a") as config:
             config.write("user root\n")
-        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
-                        "-subj", "/CN=broker", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
-                        folder / "server.key", "-out", folder / "ca.pem"], check=True, capture_output=True)
+        for key, certificate in ("other.key", "other.pem"), ("server.key", "ca.pem"):
+            subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
+                            "-nodes", "-subj", "/CN=broker", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
+                            folder / key, "-out", folder / certificate], check=True, capture_output=True)
         (folder / "server.pem").write_bytes((folder / "ca.pem").read_bytes())
         for number, user in enumerate(users):
             subprocess.run(["mosquitto_passwd", *(["-c"] if number == 0 else []), "-b", folder / "passwd", user,
@@ -52,6 +54,11 @@ class Broker(RigTest):
                        {**self.rig.environment, "TEBRA_SDK_BROKER": f"127.0.0.1:{ROUTERS}", "TEBRA_SDK_USERNAME": serial,
                         "TEBRA_SDK_PASSWORD": f"secret of {serial}", "TEBRA_SDK_CAFILE": str(self.rig.home / "ca.pem")})
         rig.wait_until("the device to be online", lambda: self.ask_as_operator("list").returncode == 0)
+        distrustful = sdk.Device(self.rig, BROKER=f"127.0.0.1:{ROUTERS}", USERNAME=OTHER,
+                                 PASSWORD=f"secret of {OTHER}", CAFILE=str(self.rig.home / "other.pem"))
+        self.assertEqual(distrustful.do("start"), 0)
+        rig.wait_until("the error", lambda: sdk.LOG.exists() and "TLS error" in sdk.LOG.read_text())
+        self.assertNotIn("is up", sdk.LOG.read_text())
         key = self.rig.router("vrop.qvtkconfig")["productkey"]
         self.publish(OTHER, f"tebra/{key}/{serial}/property/ledStatus/set", '{"ledStatus":"off"}')
         self.assertIn('"on"', self.ask_as_operator("get", "ledStatus").stdout)

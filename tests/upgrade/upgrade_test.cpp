@@ -13,6 +13,7 @@
 #include "core/json_path.h"
 #include "core/log.h"
 #include "https/requests.h"
+#include "sim/router/faults.h"
 #include "support/cloud_rig.h"
 #include "support/curl_spy.h"
 #include "support/event_catcher.h"
@@ -124,8 +125,7 @@ struct Rig : CloudRig {
 enum Outcome { FLASHED, REFUSED, NOT_LOADED, WRONG_SIZE, WRONG_DIGEST, NOT_OFFERED };
 
 void refuse_to_flash(Rig &rig) {
-    rig.router.add_fault(
-        {.kind = router::Fault::Kind::Result, .object = "vrop", .method = "upgrade", .value = 2});
+    rig.router.add_fault(router::parse_fault("result=2 vrop upgrade"));
 }
 
 void take_file_names(Rig &) {

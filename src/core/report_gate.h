@@ -24,3 +24,9 @@ class ReportsHeld {
     ReportsHeld(const ReportsHeld &) = delete;
     ReportsHeld &operator=(const ReportsHeld &) = delete;
 };
+
+// The same of a service, which lowers at its end what another one has left up.
+struct ServiceHoldsReports {
+    ReportsHeld held;
+    ~ServiceHoldsReports() { lower_set_flag(); }
+};

@@ -106,7 +106,7 @@ json_object *tune(const RadioChannels &channels, LogSite site) {
 }
 
 ServiceAnswer tune_radios(const ServiceRequest &request) {
-    const ReportsHeld held;
+    const ServiceHoldsReports held;
     return for_each_radio(request, tune);
 }
 

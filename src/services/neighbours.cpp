@@ -62,7 +62,7 @@ ServiceAnswer scan(const ServiceRequest &request) {
     int64_t radio = RADIO_2G;
     if (take_integer(request.json, "radio", RADIO_2G, RADIO_5G, &radio) != Member::good)
         return answer_failed();
-    const ReportsHeld held;
+    const ServiceHoldsReports held;
     JsonRoot root;
     json_object *found = get_dev_info(radio_device(static_cast<int>(radio)), "scan", &root);
     if (!json_object_is_type(found, json_type_array)) {

@@ -11,7 +11,6 @@
 
 namespace {
 
-using router::Fault;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -277,20 +276,8 @@ TEST_F(Parental, WritersRefuseWhatIsMissing) {
     EXPECT_THAT(rig.take_writes(), IsEmpty());
 }
 
-TEST_F(Parental, GoesOnWhenTheDaemonIsLost) {
-    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.parent.*"});
-    rig.set(about(PC, R"("operationType":3,"parentalEnable":0,"parentalWebControl":{"controlPolicy":0,)"
-                      R"("urls":[{"url":"a"},{"url":"b"}]})"));
-    EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
-    for (const char *text : {"delete parenturlcontrol mac:02a0c9000001 fail", "set parentalEnable fail",
-                             "add parent Control fail", "i:1 add parental Web Control fail",
-                             "control url:b fail", "control filterType:0 fail"})
-        EXPECT_TRUE(has_logged(text)) << text;
-    EXPECT_EQ(set_flag, 0);
-}
-
 // Lost between two rules of a set and between two elements of the request that brings them.
-TEST_F(Parental, GoesOnWhenTheBusIsLostInBetween) {
+TEST_F(Parental, GoesOnWhenTheBusIsLost) {
     std::binary_semaphore lost(0);
     moving_clock::on_pause([&](moving_clock::Millis millis) {
         if (millis == 1000) lost.acquire();
@@ -302,12 +289,16 @@ TEST_F(Parental, GoesOnWhenTheBusIsLostInBetween) {
         EXPECT_EQ(set_flag, 1);
         moving_clock::on_pause({});
     });
-    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"parentalWebControl":{"controlPolicy":0,)"
-                                    R"("urls":[{"url":"a"},{"url":"b"}]})") +
-                      "," + applied(PC, R"("name":"x")")),
+    const std::string rules = R"("parentalWebControl":{"controlPolicy":0,"urls":[{"url":"a"},{"url":"b"}]})";
+    EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,)" + rules) + "," +
+                      about(PC, R"("operationType":3,"parentalEnable":0,"parentalTimeControl":[])") + "," +
+                      applied(PC, R"("name":"x","parentFlag":0,)" + rules)),
               0);
     EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
-    for (const char *text : {"i:1 add parental Web Control fail", "modify name fail"})
+    for (const char *text :
+         {"i:1 add parental Web Control fail", "control url:b fail", "control filterType:0 fail",
+          "delete parenttimecontrol mac:02a0c9000001 fail", "set parentalEnable fail",
+          "add parent Control fail", "modify name fail", "delete parenturlcontrol mac:02a0c9000001 fail"})
         EXPECT_TRUE(has_logged(text)) << text;
     EXPECT_FALSE(has_logged("i:0 add parental Web Control fail"));
     EXPECT_EQ(set_flag, 0);

@@ -216,6 +216,8 @@ TEST_F(Runtime, EachSecondOfTheNightBringsItsTask) {
         SCOPED_TRACE(row.second);
         std::ofstream(TODAY) << "[]";
         std::filesystem::remove(LAST_DAY);
+        moving_clock::clear_pauses();
+        clear_main_log();
         moving_clock::set(1714521600 + row.second); // 2024-05-01 00:00:00 UTC
         StaStatusState state = {.report_point = 9000, .done = row.done, .round = 1};
         check_staStatus_round(&state);
@@ -223,6 +225,15 @@ TEST_F(Runtime, EachSecondOfTheNightBringsItsTask) {
         EXPECT_EQ(state.done, row.done_then);
         EXPECT_EQ(text_of(LAST_DAY), row.closes ? "[]" : "");
         EXPECT_EQ(text_of(TODAY), row.closes ? "" : "[]");
+        EXPECT_EQ(has_logged("start clear backup buffer"), row.closes);
+        EXPECT_EQ(moving_clock::pauses().size(), row.closes ? 1U : 0U);
+    }
+    StaStatusState state = {.report_point = 90000, .done = true};
+    for (const auto &[rounds, lists] :
+         {std::pair{1, 2U}, {24, 2U}, {1, 3U}}) { // the first one fills the file too
+        for (int round = 0; round < rounds; round++)
+            check_staStatus_round(&state);
+        EXPECT_EQ(rig.router.calls("vrop.laninfo", "list").size(), lists);
     }
 }
 

@@ -2,10 +2,8 @@
 // Requests for client devices: what is written of them, in which order, and what is refused.
 #include "tests/devices/settings_rig.h"
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <thread>
 
 #include "core/report_gate.h"
 #include "devices/mac_filter.h"
@@ -217,24 +215,6 @@ TEST_F(Settings, TurnTheOnlineNoticeOfOneEntry) {
         EXPECT_EQ(text_of(RUNTIMES), file);
     }
     EXPECT_TRUE(has_logged("the runtime file has no room"));
-}
-
-TEST_F(Settings, OfSeveralThreadsKeepReportsSilentUntilTheLastIsDone) {
-    std::atomic<int> working = 4;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; t++)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 20; i++)
-                rig.set(applied(PC, R"("name":"name )" + std::to_string(t) + R"(","limitSpeed":{"open":)" +
-                                        std::to_string(i % 2) + "}"));
-            working--;
-        });
-    while (working > 0)
-        JsonRoot(get_apDevice_config(DOCUMENT_PROPERTY));
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(set_flag, 0);
-    EXPECT_EQ(rig.take_writes().back().substr(0, 15), "laninfo.sta set");
 }
 
 } // namespace

@@ -183,6 +183,8 @@ TEST(SetFlag, StaysUpOnlyWhereACallEndsWithoutAnAnswer) {
         int flag;
     };
     for (const FlagRow &row : {FlagRow{"checkSignal", "{}", false, 1},
+                               {"relayScan", R"({"radio":1})", true, 0},
+                               {"checkSignal", "{}", false, 1},
                                {"checkSignal", "x", true, 1},
                                {"wirelessInterference", "{}", true, 1},
                                {"checkSignal", "[]", true, 1},

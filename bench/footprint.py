@@ -10,6 +10,7 @@ import time
 from rig import wait_until
 
 GUEST_END = 1 << 40
+STAND_INS = r"/lib(ssl|crypto)\.so"
 THREAD_STACKS = range(500, 540)  # KiB: 512, less or more a guard page and what the C library keeps there
 AT_REST = 5   # seconds without a change of its memory
 WATCHED = 20  # seconds
@@ -21,18 +22,22 @@ class Footprint:
         self.emulated = "qemu" in (self.folder / "exe").resolve().name
 
     def mappings(self):
-        """[(size, mode, anonymous)] of the program's own mappings, in KiB."""
+        """[(size, mode, file, anonymous)] of the program's own mappings, sizes in KiB."""
         rows = []
         for text in re.split(r"\n(?=[0-9a-f]+-[0-9a-f]+ )", (self.folder / "smaps").read_text()):
-            begin, end, mode = re.match(r"([0-9a-f]+)-([0-9a-f]+) (\S+)", text).groups()
+            begin, end, mode, file = re.match(r"([0-9a-f]+)-([0-9a-f]+) (\S+) \S+ \S+ \d+ *(.*)", text).groups()
             if not self.emulated or int(begin, 16) < GUEST_END:
                 anonymous = int(re.search(r"^Anonymous:\s*(\d+) kB", text, re.M).group(1))
-                rows.append(((int(end, 16) - int(begin, 16)) // 1024, mode, anonymous))
+                rows.append(((int(end, 16) - int(begin, 16)) // 1024, mode, file, anonymous))
         return rows
 
     def anonymous(self):
-        """KiB that no file stands behind."""
-        return sum(anonymous for _, _, anonymous in self.mappings())
+        """KiB that no file stands behind, without the tables of the stand-in's TLS library, which is not the agent's."""
+        return sum(anonymous for _, _, file, anonymous in self.mappings() if not re.search(STAND_INS, file))
+
+    def stand_ins(self):
+        """Those tables, in KiB."""
+        return sum(anonymous for _, _, file, anonymous in self.mappings() if re.search(STAND_INS, file))
 
     def anonymous_at_rest(self):
         """The same once it has not changed for a while."""
@@ -50,7 +55,7 @@ class Footprint:
 
     def deepest_stack(self):
         """KiB that were ever touched of the thread's stack that was touched most."""
-        return max((anonymous for size, mode, anonymous in self.mappings()
+        return max((anonymous for size, mode, _, anonymous in self.mappings()
                     if size in THREAD_STACKS and mode.startswith("rw")), default=0)
 
     def threads(self):

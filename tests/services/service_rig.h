@@ -34,10 +34,11 @@ struct ServiceRig : RouterRig {
 // Puts a shell script into /usr/bin.
 void script(const std::string &program, const std::string &lines);
 
-// One call and what is to come of it; texts that are null are not looked at.
+// One call and what is to come of it; texts that are null are not looked at. A row of one text names the
+// service of those below.
 struct ServiceRow {
-    const char *service, *parameters, *answer;
-    const char *write = nullptr; // the last call that is no plain read, "" for none
+    const char *parameters, *answer = nullptr; // as call gives it, without the service's own name
+    const char *write = nullptr;               // the last call that is no plain read, "" for none
     const char *logged = nullptr;
     const char *patch = ""; // of the home
     router::Fault fault = {.object = ""};

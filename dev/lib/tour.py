@@ -367,20 +367,6 @@ def devices_event(rig, watch):
     return f'{len(event["apDevices"])} devices'
 
 
-@step("of several hundred devices 128 are read, with few calls of the router")
-def many_devices(rig, watch):
-    rig.bus("sim", "station", {"mac": "02a0c8000000", "radio": "5G", "count": 300})
-    rig.bus("sim", "clearcalls")
-    expect("the devices", len(rig.get("apDevices")), 128)
-    calls = [(call["object"], call["method"]) for call in rig.bus("sim", "calls")[1]["calls"]]
-    of_one = [call for call in calls if call[1] == "getbymac"]
-    lists = [call for call in calls if call[0].startswith(("vrop.laninfo", "vrop.parent", "vrop.firewall"))
-             and call not in of_one]
-    if len(of_one) > 2 * 128 or len(lists) > 6:
-        raise Failed(f"{len(of_one)} calls about one device, {len(lists)} about all")
-    return f"{len(of_one)} calls about one device, {len(lists)} about all"
-
-
 def play(rig):
     """Plays all steps; raises Failed at the first that fails."""
     watch = rig.watch()

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The tour's steps about hardware, channels, the mesh, storage, captures and logs."""
+"""The tour's later steps: hardware, channels, the mesh, storage, captures, logs; and a crowd, whose announcements keep
+the agent busy from then on."""
 import base64
 import pathlib
 import subprocess
@@ -157,3 +158,17 @@ def logs_uploaded(rig, watch):
     expect("the secrets found", [(secret, log) for secret in secrets for log, text in logs.items() if secret in text], [])
     expect("what was left behind", list(pathlib.Path("/aptmp").glob("qvtk_logs*")), [])
     return f'{", ".join(sorted(logs))}: none of {len(secrets)} secrets'
+
+
+@step("of several hundred devices 128 are read, with few calls of the router")
+def many_devices(rig, watch):
+    rig.bus("sim", "station", {"mac": "02a0c8000000", "radio": "5G", "count": 300})
+    rig.bus("sim", "clearcalls")
+    expect("the devices", len(rig.get("apDevices")), 128)
+    calls = [(call["object"], call["method"]) for call in rig.bus("sim", "calls")[1]["calls"]]
+    of_one = [call for call in calls if call[1] == "getbymac"]
+    lists = [call for call in calls if call[0].startswith(("vrop.laninfo", "vrop.parent", "vrop.firewall"))
+             and call not in of_one]
+    if len(of_one) > 2 * 128 or len(lists) > 6:
+        raise Failed(f"{len(of_one)} calls about one device, {len(lists)} about all")
+    return f"{len(of_one)} calls about one device, {len(lists)} about all"

@@ -300,7 +300,7 @@ class Sdk(RigTest):
                 ("list --broker /absent.sock", 4, "no broker at /absent.sock"),
                 ("set echo {", 2, "not JSON"),
                 ("call reboot [1]", 2, "not an object"),
-                ("services", 0, "pingTest              loss in percent"),
+                ("services", 0, "pingTest              loss and delay"),
                 ("get", 2, "number of arguments"),
                 ("", 2, "no command"),
                 ("list --timeout 0", 2, "above 0"),

@@ -33,10 +33,9 @@ std::string call(const std::string &function, JsonRoot *root) {
 }
 
 TEST(BusAccess, TakesFromEachShapeOfReplyWhatIsAskedFor) {
-    struct Row {
+    const struct {
         const char *function, *reply, *found;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"info", R"({"vrop.ledswitch":{"a":1}})", R"({"a":1})"},
         {"info", R"({"vrop.ledswitch":"text"})", "\"text\""},
         {"info", R"({"vrop.ledswitch":null})", "null"},
@@ -61,7 +60,7 @@ TEST(BusAccess, TakesFromEachShapeOfReplyWhatIsAskedFor) {
         {"set", R"({"result":"99999999999999999999"})", "-1"},
     };
     RouterRig rig;
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.function) + " " + row.reply);
         rig.router.clear_faults();
         rig.router.add_fault({.kind = Fault::Kind::Reply, .object = OBJECT, .reply = row.reply});

@@ -23,13 +23,12 @@ const char DOCUMENT[] =
         "big":9223372036854775807,"list":[1,2]})";
 
 TEST(JsonPath, Readers) {
-    struct Row {
+    const struct {
         const char *path;
         std::optional<std::string> text;
         int64_t number;
         bool flag;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a.b.c", "text", 0, true},
         {"a.n", "12", 12, true},
         {"w", "word", 0, true},
@@ -43,7 +42,7 @@ TEST(JsonPath, Readers) {
         {"a.missing.c", std::nullopt, -1, false},
     };
     JsonRoot document = parse(DOCUMENT);
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.path);
         const char *text = JsonGetStr(document.get(), row.path);
         EXPECT_EQ(text != nullptr ? std::optional<std::string>(text) : std::nullopt, row.text);
@@ -61,12 +60,11 @@ TEST(JsonPath, Readers) {
 }
 
 TEST(JsonPath, Writers) {
-    struct Row {
+    const struct {
         const char *before, *path, *key;
         int result;
         const char *after; // of a text "x"
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"{}", nullptr, "c", 1, R"({"c":"x"})"},
         {"{}", "a.b", "c", 1, R"({"a":{"b":{"c":"x"}}})"},
         {R"({"a":{"k":1}})", "a.b", "c", 1, R"({"a":{"k":1,"b":{"c":"x"}}})"},
@@ -75,7 +73,7 @@ TEST(JsonPath, Writers) {
         {"[]", nullptr, "c", 0, "[]"},
         {"{}", "a", nullptr, 0, "{}"},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.before) + " " + (row.path == nullptr ? "null" : row.path));
         JsonRoot document = parse(row.before);
         EXPECT_EQ(JsonSetStr(document.get(), row.path, row.key, "x"), row.result);

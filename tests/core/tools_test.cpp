@@ -24,12 +24,11 @@ namespace {
 using testing::ElementsAre;
 
 TEST(Text, MacAddresses) {
-    struct Row {
+    const struct {
         const char *digits;
         int size;
         const char *colon; // as much as fits, then its end, then nothing more
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a1b2c3d4e5f6", 64, "A1:B2:C3:D4:E5:F6"},
         {"a1b2xxd4e5f6", 64, "A1:B2:00:00:00:00"},
         {"", 64, "00:00:00:00:00:00"},
@@ -39,7 +38,7 @@ TEST(Text, MacAddresses) {
         {"a1b2c3d4e5f6", 18, "A1:B2:C3:D4:E5:F"},
         {"a1b2c3d4e5f6", 19, "A1:B2:C3:D4:E5:F6"},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         std::string text(64, '#'), expected = row.colon + std::string(1, '\0');
         EXPECT_EQ(set_colon_mac(row.digits, text.data(), row.size), 17);
         EXPECT_EQ(text, expected.append(64 - expected.size(), '#')) << row.digits << " " << row.size;
@@ -116,7 +115,7 @@ TEST(Files, OfOthersAreNeitherWrittenToNorRead) {
         {"FIFO", fifo, false},           {"FIFO of another", foreign(fifo), false},
         {"nothing", [](auto) {}, false},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         std::ofstream("/tmp/target") << "content";
         std::filesystem::remove("/tmp/name");
@@ -143,16 +142,15 @@ TEST(Files, OfOthersAreNeitherWrittenToNorRead) {
 
 TEST(Command, Results) {
     set_default_logs();
-    struct Row {
+    const struct {
         const char *command;
         int result, exit_code, extended;
-    };
-    const Row rows[] = {{"true", 0, 0, 0},
-                        {"exit 3", 0, 3, -1},
-                        {"/none", 0, 127, -1},
-                        {"kill -9 $$", -1, 77, -1},
-                        {nullptr, -1, 77, -1}};
-    for (const Row &row : rows) {
+    } rows[] = {{"true", 0, 0, 0},
+                {"exit 3", 0, 3, -1},
+                {"/none", 0, 127, -1},
+                {"kill -9 $$", -1, 77, -1},
+                {nullptr, -1, 77, -1}};
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.command == nullptr ? "null" : row.command);
         for (auto run : {run_cmd, rvxa_run_cmd}) {
             int exit_code = 77;

@@ -13,6 +13,10 @@ const Fault REFUSED = {.kind = Fault::Kind::Result, .object = "*", .value = 2};
 const Fault SILENT = {.kind = Fault::Kind::Status, .object = "*", .value = 7};
 const std::string LONG_TEXT =
     R"({"user":"admin","oldPwd":"admin123","newPwd":")" + std::string(70, 'n') + "\"}";
+const std::string LONG_PATH =
+    R"({"diskPath":")" + std::string(200, 'p') + R"(","url":")" + std::string(200, 'u') + "\"}";
+const std::string CUT_URL = R"({"url":")" + std::string(127, 'u') + R"(","time":8,"interval":1000})";
+const std::string CUT_PATH = R"(vrop.ecm set {"hcdnpath":")" + std::string(127, 'p') + R"(","cutusb":1})";
 
 TEST(Control, ActsAndAnswers) {
     check({
@@ -41,6 +45,7 @@ TEST(Control, ActsAndAnswers) {
         {"{}", "0: 200 {}", R"(vrop.ecm set {"cutusb":1})", "diskPath:"},
         {"", "-1: 400 {}", R"(vrop.ecm set {"cutusb":1})", "cutusb fail", "", REFUSED},
         {R"({"diskPath":[]})", "-1: 400 {}", ""},
+        {LONG_PATH.c_str(), "0: 200 {}", CUT_PATH.c_str()},
     });
 }
 
@@ -107,6 +112,8 @@ TEST(Throughput, IsToldInBytesPerSecond) {
         {"apMonitorSpeed"},
         {R"({"mac":"02a0c9000001"})", R"(0: 200 {"upSpeed": 65536, "downSpeed": 1048576, "networkStatus":1})",
          "", "find corresponding mac", two},
+        {R"({"mac":"02:A0:C9:00:00:"})", R"(0: 200 {"upSpeed": 0, "downSpeed": 0, "networkStatus":1})", "",
+         nullptr, two},
         {R"({"mac":"02a0c9000002"})", "-1: 400 {}", "", "the device is offline", two},
         {R"({"mac":"02:A0:C9:00:00:03"})", "-1: 400 {}", "", nullptr, two},
         {"{}", "-1: 400 {}"},
@@ -140,6 +147,7 @@ TEST(Throughput, OfADownloadIsTheBestThatWasSeenInItsTime) {
     };
     for (const TestRow &row :
          {TestRow{"{}", R"("time":8,"interval":1000})", 8},
+          {LONG_PATH.c_str(), CUT_URL.c_str(), 8},
           {R"({"url":"","time":20,"interval":5})", R"("time":20,"interval":5})", 20},
           {R"({"url":"http://h/f","time":-7})", R"({"url":"http://h/f","time":-7,"interval":1000})", 0},
           {R"({"time":0,"interval":"x"})", R"("time":0,"interval":1000})", 0},

@@ -31,7 +31,6 @@ inline const std::string ECHO_DATA = // with the DATA of the request
 inline constexpr char ECHO_JSON[] =
     R"({"text":"hi","on":true,"w":513,"count":-3,"big":5000000000,"d":1.500000,"tbl":{"arr":["a",7]}})";
 inline const std::string ECHO_STATUS = "00010002 75fcccf2 00000014 01000008 00000000 03000008 75fcccf2"_hex;
-inline const std::string NO_OBJECT_STATUS = "00010006 0000004d 0000000c 01000008 00000004"_hex;
 inline const std::string INVOKE_NONE =
     "00050003 75fcccf2 0000001c 03000008 75fcccf2 04000009 6e6f6e65 00000000 07000004"_hex;
 

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <future>
 
 #include "scripted_peer.h"
 
@@ -74,13 +73,12 @@ int losses;
 
 TEST(BusClient, TakesFromEachAnswerWhatBelongsToItsCall) {
     constexpr int LOST = UBUS_STATUS_CONNECTION_FAILED;
-    struct Row {
+    const struct {
         const char *what;
         std::string answer; // then the peer closes
         int status;
         const char *json;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"status and data", DATA_1 + DONE_1, 0, R"({"a":1})"},
         {"data twice", DATA_1 + DATA_1 + DONE_1, 0, R"({"a":1}{"a":1})"},
         {"more after the status", DONE_1 + DATA_1 + DONE_1, 0, ""},
@@ -99,7 +97,7 @@ TEST(BusClient, TakesFromEachAnswerWhatBelongsToItsCall) {
         {"less than a word announced", "00010001 75fcccf2 00000003"_hex, LOST, ""},
         {"more than the limit announced", "00010001 75fcccf2 00100001 01000008"_hex, LOST, ""},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
         Talk talk(exchanges({{"", row.answer}}));
         losses = 0;
@@ -149,28 +147,22 @@ TEST(BusClient, TimesOutAndStaysUsableWhileItsNumbersWrap) {
     EXPECT_EQ(answer.json, "");
 }
 
-// A flood that never answers must not keep the call past its time.
-TEST(BusClient, AFloodDoesNotExtendTheTimeOut) {
+// Neither a flood that never answers nor one who does not read keeps the call past its time.
+TEST(BusClient, GivesUpABrokerThatFloodsOrDoesNotRead) {
     std::atomic<bool> over = false;
-    std::string noise = "00020009 00000000 00000004"_hex;
-    for (int i = 0; i < 10; i++)
-        noise += noise;
+    std::string noise;
+    for (int i = 0; i < 1000; i++)
+        noise += "00020009 00000000 00000004"_hex;
     Talk talk([&](const Wire &wire) {
         while (!over)
             wire.send(noise);
     });
     EXPECT_EQ(talk.call(100), UBUS_STATUS_TIMEOUT);
-    over = true;
-}
-
-TEST(BusClient, GivesUpABrokerThatDoesNotRead) {
-    std::promise<void> over;
-    Talk talk([&](const Wire &) { over.get_future().wait(); });
     Buffer message;
     blobmsg_add_string(&message, "s", std::string(1000000, 'x').c_str());
     EXPECT_EQ(talk.client.call(OBJECT, "m", message.head, 100).status, UBUS_STATUS_CONNECTION_FAILED);
     EXPECT_TRUE(talk.client.context->sock.eof) << "half a message has been sent";
-    over.set_value();
+    over = true;
 }
 
 TEST(BusClient, RefusesGreetingsThatAreNone) {

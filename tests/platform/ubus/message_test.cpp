@@ -53,12 +53,11 @@ TEST(Blob, RefusesWhatTheFormatCannotHold) {
 }
 
 TEST(Blob, ChecksOneAttribute) {
-    struct Row {
+    const struct {
         const char *what;
         std::string bytes;
         bool valid, valid_named;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"int32", "8500000c 00016100 00000007"_hex, true, true},
         {"int32 of 3 bytes", "8500000b 00016100 00000007"_hex, false, false},
         {"int16", "8600000a 00016100 00010000"_hex, true, true},
@@ -74,7 +73,7 @@ TEST(Blob, ChecksOneAttribute) {
         {"name header of 2 bytes", "80000006 00000000"_hex, false, false},
         {"length below the word", "80000003"_hex, false, false},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Exact copy(row.bytes);
         EXPECT_EQ(blobmsg_check_attr_len(copy.attr(), false, copy.size()), row.valid) << row.what;
         EXPECT_EQ(blobmsg_check_attr_len(copy.attr(), true, copy.size()), row.valid_named) << row.what;
@@ -122,7 +121,7 @@ TEST(BlobmsgJson, TextBecomesAMessageAndTextAgain) {
         {"{\"a\":", nullptr},
         {"{a:1}", nullptr},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Buffer buffer;
         EXPECT_EQ(blobmsg_add_json_from_string(&buffer, row.in), row.out != nullptr) << row.in;
         EXPECT_EQ(take(blobmsg_format_json(buffer.head, true)), row.out ? row.out : "{}") << row.in;

@@ -39,7 +39,6 @@ class Wire {
         bytes.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
         return bytes;
     }
-    void expect(const std::string &bytes) const { EXPECT_EQ(receive(bytes.size()), bytes); }
     // The next whole message.
     std::string receive_message() const {
         std::string head = receive(12);
@@ -47,14 +46,11 @@ class Wire {
         size_t rest = blob_len(reinterpret_cast<blob_attr *>(&head[8]));
         return rest > 0 ? head + receive(rest) : head; // recv() of nothing would wait for something
     }
-    void send_no_more() const { shutdown(stream_.get(), SHUT_WR); }
-    // Takes what comes until the other end closes; false when it does not.
-    bool drain() const {
+    // Takes what comes until the other end closes.
+    void drain() const {
         char chunk[4096];
-        ssize_t count = 0;
-        while ((count = recv(stream_.get(), chunk, sizeof(chunk), 0)) > 0) {
+        while (recv(stream_.get(), chunk, sizeof(chunk), 0) > 0) {
         }
-        return count == 0;
     }
 
   private:

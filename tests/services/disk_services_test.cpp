@@ -44,7 +44,10 @@ TEST(OutdiskFormat, EmptiesAListedDiskAndTellsTheOutcome) {
         }
         return told;
     };
+    moving_clock::on_pause(
+        [&](moving_clock::Millis) { EXPECT_TRUE(rig.router.wait_for_state("/vrop.ecm/formatstate", "0")); });
     EXPECT_THAT(format("ok"), ElementsAre(outcome(0)));
+    moving_clock::on_pause({});
     EXPECT_TRUE(fs::is_empty("/mnt/usb"));
     const Fault faults[] = {
         {.kind = Fault::Kind::Result, .object = "vrop.ecm", .method = "format", .value = 1},
@@ -77,6 +80,7 @@ TEST(OutdiskFormat, IsOfListedDisksOneAtATimeAndOnlyWhereAllowed) {
     std::atomic<bool> go = false;
     moving_clock::on_pause([&](moving_clock::Millis) { go.wait(false); });
     EXPECT_EQ(rig.call("outdiskFormat", STICK), BEGUN);
+    EXPECT_TRUE(rig.router.wait_for_state("/vrop.ecm/formatstate", "1"));
     EXPECT_EQ(rig.call("outdiskFormat", STICK), "-1: 409 outdiskFormat {}");
     rig.router.set_state("/vrop.ecm/formatstate", "0");
     go = true;

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The daemon as built, when what it talks to goes away or turns hostile."""
+"""The daemon as built, when what it talks to goes away."""
 import signal
 
 import rig

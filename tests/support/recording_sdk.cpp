@@ -15,7 +15,6 @@ std::condition_variable called;
 std::vector<Call> made;
 std::function<void()> post_hook;
 std::atomic<int> connect_state{1};
-std::atomic<int> start_result{0};
 std::atomic<struct global_config *> started{nullptr};
 
 std::string argument(const char *text) {
@@ -88,10 +87,6 @@ void set_connect_state(int state) {
     connect_state = state;
 }
 
-void set_start_result(int result) {
-    start_result = result;
-}
-
 struct global_config *started_with() {
     return started;
 }
@@ -106,7 +101,7 @@ int set_device_secret(const char *secret) {
 
 int start_sdk(struct global_config *config) {
     recording_sdk::started = config;
-    return record("start_sdk", recording_sdk::start_result);
+    return record("start_sdk", 0);
 }
 
 int get_connect_state(void) {

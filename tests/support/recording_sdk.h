@@ -32,9 +32,8 @@ void clear_calls();
 bool wait_for(const std::string &function, size_t count = 1,
               std::chrono::milliseconds limit = std::chrono::seconds(10));
 
-// What get_connect_state gives (at first 1), and what start_sdk gives (at first 0).
+// What get_connect_state gives (at first 1).
 void set_connect_state(int state);
-void set_start_result(int result);
 // Called before each post of a property is recorded, on the posting thread. Empty for none.
 void on_post(std::function<void()> hook);
 // The record that start_sdk was called with, null before.

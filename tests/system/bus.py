@@ -88,7 +88,8 @@ class Bus(RigTest):
                            peer=led)
         state = value(TABLE, LED, value(STRING, b"status", b"off\0"))
         for what, request, answer in (
-                ("set", invoke(b"set", value(STRING, b"status", b"off\0")), of_led(0, value(STRING, b"result", b"0\0"))),
+                ("set", invoke(b"set", value(STRING, b"status", b"off\0")),
+                 of_led(0, value(STRING, b"result", b"0\0"))),
                 ("get", invoke(b"get", b""), of_led(0, state)),
                 ("lookup of an unknown object", lookup(b"nope"), status(4)),
                 ("lookup of nothing", lookup(b""), status(2)),

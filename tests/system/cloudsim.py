@@ -61,8 +61,13 @@ class Cloudsim(RigTest):
     def check(self, **changes):
         return json.loads(self.post("check-upgrade", json.dumps({**DEVICE, **changes}))).get("data")
 
-    def expect_endings(self, *arguments):
-        self.start(*arguments)
+    def test_downloads_end_where_they_should(self):
+        for arguments in (), ("--http",):
+            self.start(*arguments)
+            self.expect_endings()
+            self.rig.stop("cloudsim")
+
+    def expect_endings(self):
         self.rig.control("firmware", self.image, "2", "1")
         for fault, ending, received in (("count=1", 200, len(IMAGE)),
                                         ("cut=0", "cut", 0),
@@ -79,12 +84,6 @@ class Cloudsim(RigTest):
                 self.assertEqual(self.download(seconds=1 if ending == "silent" else rig.LIMIT),
                                  (ending, IMAGE[:received]))
                 self.assertEqual(self.download(), (200, IMAGE), "the fault outlived its request")
-
-    def test_downloads_end_where_they_should(self):
-        self.expect_endings()
-
-    def test_downloads_without_tls_end_where_they_should(self):
-        self.expect_endings("--http")
 
     def test_faults_apply_in_turn_to_their_endpoint(self):
         self.start()

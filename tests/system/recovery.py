@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The daemon as built, when what it talks to goes away or turns hostile."""
+"""The daemon as built, when what it talks to goes away."""
 import signal
 
 import rig
@@ -7,23 +7,13 @@ from run import RigTest
 
 
 class Recovery(RigTest):
-    def start_all(self):
+    def test_a_bus_that_is_killed_costs_only_the_calls_in_flight(self):
         self.rig.start_broker()
         self.rig.start_router()
         self.rig.start_daemon()
         self.rig.wait_online()
-
-    def test_a_bus_that_is_killed_costs_only_the_calls_in_flight(self):
-        self.start_all()
         name = self.rig.get("wifiInfo")["wifi2gName"]
         self.rig.stop("routersim", signal.SIGKILL)
         self.assertNotEqual(self.rig.cloud("get", "ledStatus", check=False)[0], 0)
         self.rig.start_router()
         self.assertEqual(self.rig.get("wifiInfo")["wifi2gName"], name)
-
-    def test_a_daemon_that_comes_back_with_other_ids_is_found(self):
-        self.start_all()
-        self.rig.get("wifiInfo")
-        self.rig.bus("sim", "restart")
-        self.rig.set("ledStatus", "off")
-        self.assertEqual(self.rig.router("vrop.ledswitch")["status"], "off")

@@ -135,13 +135,15 @@ int put(char (&field)[N], const std::string &text) {
 
 // Each thread answers every open call: all but one of them come too late. Gives how many were accepted.
 int answer_open_calls(size_t threads) {
+    std::unique_lock lock(mutex);
+    const std::vector<OpenCall> calls = open_calls;
+    lock.unlock();
     std::atomic<int> accepted = 0;
-    const size_t count = open_calls.size();
     std::vector<std::jthread> running;
     for (size_t t = 0; t < threads; t++)
         running.emplace_back([&, t] {
-            for (size_t i = count; i > 0; i--) {
-                const OpenCall &call = open_calls[(i + t * count / threads) % count];
+            for (size_t i = calls.size(); i > 0; i--) {
+                const OpenCall &call = calls[(i + t * calls.size() / threads) % calls.size()];
                 const char *text = call.parameters.c_str();
                 accepted += TEBRA_SDK_Handle_Response(call.handle, call.request, 200, text, "") == 0;
             }

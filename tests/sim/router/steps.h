@@ -37,3 +37,9 @@ inline void play(router::Router &router, const std::vector<Step> &steps) {
         }
     }
 }
+
+// On a home of its own.
+inline void play(const std::vector<Step> &steps) {
+    router::Router router;
+    play(router, steps);
+}

@@ -11,7 +11,7 @@
 namespace {
 
 TEST(World, ChangesByWhatHappensAndByTime) {
-    const std::vector<Step> steps = {
+    play({
         {R"(sim cable {"status":"out"})",
          R"(/vrop.homewebinfo/phyStatus="unplug" /vrop.waninfo/status="Unconnected")"},
         {R"(sim cable {"status":"in"})", R"(/vrop.homewebinfo/status="Connected")"},
@@ -35,9 +35,7 @@ TEST(World, ChangesByWhatHappensAndByTime) {
         {R"(vrop.parent.control setdev {"mac":"02a0c9000005","disconnect":1,"disconnecttime":600})"},
         {R"(sim elapse {"seconds":599})", "/vrop.parent.control/device/0/disconnect=1"},
         {R"(sim elapse {"seconds":1})", "/vrop.parent.control/device/0/disconnect=0"},
-    };
-    router::Router router;
-    play(router, steps);
+    });
 }
 
 // The home's clock starts on a Wednesday at 08:00.
@@ -71,7 +69,7 @@ TEST(World, KeepsStationsOutUntilTheyAreReleased) {
 }
 
 TEST(World, KeepsSupervisedStationsToTheirHours) {
-    const std::vector<Step> steps = {
+    play({
         // Wednesday 08:00; the tablet has 07:00-19:30 on weekdays, 08:30-21:05 at weekends
         {R"(sim elapse {"seconds":41399})", "/vrop.laninfo/4/active=1"},
         {R"(sim elapse {"seconds":1})", "/vrop.laninfo/4/active=0"},
@@ -90,13 +88,11 @@ TEST(World, KeepsSupervisedStationsToTheirHours) {
          "/vrop.laninfo/4/active=1"},
         {R"(vrop.parent.timecontrol add {"enable":0,"timestart":"0700","timeend":"0800","mac":"02a0c9000005","week":"0"})",
          "/vrop.laninfo/4/active=1"},
-    };
-    router::Router router;
-    play(router, steps);
+    });
 }
 
 TEST(World, CarriesOutScheduledTasks) {
-    const std::vector<Step> steps = {
+    play({
         // Monday to Friday 22:30 to 06:00, Saturdays at 12:00 for an hour
         {R"(vrop.timer add {"action":"ToLedMode","timeoffset":81000,"timeoffset2":21600,"enable":1,"week":62})"},
         {R"(vrop.timer add {"action":"ToWifi","timeoffset":43200,"timeoffset2":46800,"enable":1,"week":64})"},
@@ -111,9 +107,7 @@ TEST(World, CarriesOutScheduledTasks) {
          "/vrop.webwifisimple/wifi24apenable=1 /vrop.webwifisimple/wifiswitch=1"},
         {R"(vrop.timer.modify set {"action":"ToReboot","taskid":1,"enable":1})"},
         {R"(sim elapse {"seconds":86400})", "/vrop.homewebinfo/uptime=0"}, // Sundays and Saturdays at 04:00
-    };
-    router::Router router;
-    play(router, steps);
+    });
 }
 
 TEST(World, ShowsTheRatesOfItsStationsAndMakesMany) {

@@ -65,6 +65,6 @@ start_package() {
     unpack "$root"
     version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
     QEMU_LD_PREFIX=$root "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
-        python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
+        /usr/bin/python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
     rm -rf "$root"
 }

@@ -5,7 +5,6 @@ import pathlib
 import re
 import subprocess
 import time
-import unittest
 
 import rig
 from run import RigTest
@@ -18,14 +17,6 @@ USAGE = "usage: [a-z_]+ .*"
 NO_CODE = 'the server\'s reply holds no number as "code"'
 TRANSFER = "transfer failed: .*"
 SOMEBODY = 12345
-
-
-def give_away(path):
-    """Makes a file somebody else's; takes root, and other users than root."""
-    try:
-        os.chown(path, SOMEBODY, SOMEBODY)
-    except OSError as error:
-        raise unittest.SkipTest(f"cannot give files away: {error}") from error
 
 
 class Helpers(RigTest):
@@ -41,6 +32,12 @@ class Helpers(RigTest):
         start = "" if line in ("", USAGE) else f"{command.split()[0]}: "
         self.assertRegex(done.stderr, f"^{start}{line}\n$" if line else "^$", command)
         self.assertEqual((done.returncode, done.stdout), (0 if not line else 2 if line == USAGE else 1, ""), command)
+
+    def give_away(self, path):
+        try:
+            os.chown(path, SOMEBODY, SOMEBODY)
+        except OSError:
+            self.skipTest("takes root, and other users")
 
     def fault(self, words, endpoint="any"):
         self.rig.control("fault", endpoint, *words) if words else None
@@ -124,7 +121,7 @@ class Helpers(RigTest):
                 if address:
                     ADDRESS.write_text(address)
                 self.expect(command, line)
-            give_away(ADDRESS)
+            self.give_away(ADDRESS)
             self.expect(command, "cannot read /tmp/url.txt")
             ADDRESS.unlink()
             os.mkfifo(ADDRESS)
@@ -141,7 +138,7 @@ class Helpers(RigTest):
             self.assertEqual((self.rig.uploads / "capture.pcap").read_bytes(), b"p" * size)
         os.mkfifo("/tmp/fifo")
         foreign.write_text("bytes")
-        give_away(foreign)
+        self.give_away(foreign)
         self.expect("common_put_file /tmp/none", "cannot read /tmp/none")
         for path in ("/tmp", "/tmp/fifo", "/tmp/foreign"):
             self.expect(f"common_put_file {path}", f"{path} is not a file of the agent's")
@@ -154,7 +151,7 @@ class Helpers(RigTest):
             file = pathlib.Path(f"/tmp/{name}.config")
             file.write_text(f"of {name}")
             os.utime(file, (time.time() - age,) * 2)
-        give_away("/tmp/f_g_foreign.config")
+        self.give_away("/tmp/f_g_foreign.config")
         os.mkfifo("/tmp/f_i_fo.config")
         self.expect("post_file")
         self.assertEqual([r["verdict"] for r in self.rig.requests("iot/device/upload-config-file")], ["ok"])

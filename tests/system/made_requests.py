@@ -55,10 +55,10 @@ def right(schema):
 
 
 def broken(schema, place):
-    """What the schema does not allow in that place of its first example: (unreadable, extreme) requests."""
+    """What is broken in that place of the schema's first example: (unreadable, extreme) requests."""
     example = contract.schema(schema)["examples"][0]
     kind = kind_of(at(example, place))
     waited = SECONDS == contract.schema(schema).get("properties", {}).get(place[-1], {}).get("x-unit")
-    return [[made for value in values[kind] if not (waited and isinstance(value, int) and value > 0)
-             for made in [changed(example, place, value)] if contract.faults(schema, made)]
-            for values in (UNREADABLE, EXTREME)]
+    unreadable, extreme = ([changed(example, place, value) for value in values[kind]
+                            if not (waited and isinstance(value, int) and value > 0)] for values in (UNREADABLE, EXTREME))
+    return [request for request in unreadable if contract.faults(schema, request)], extreme

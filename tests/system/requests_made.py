@@ -2,6 +2,7 @@
 """The daemon as built is sent requests that are made from the schemas: right ones are taken; what is broken is refused and
 changes nothing, or counts as absent."""
 import json
+import os
 import pathlib
 import secrets
 import time
@@ -39,7 +40,8 @@ class RequestsMade(RigTest):
         """A daemon whose pauses are short."""
         self.rig.start_broker()
         self.rig.start_router()
-        self.rig.start_daemon("faketime", "-f", "+0 x30")
+        asan = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"  # the clock's library comes before it
+        self.rig.start_daemon("faketime", "-f", "+0 x30", environment={**self.rig.environment, "ASAN_OPTIONS": asan})
         self.rig.wait_online()
         self.connection = mqtt5.Connection(str(self.rig.home / "broker.sock"), rig.LIMIT)
         self.connection.subscribe(["reply/made"], rig.LIMIT)
@@ -110,7 +112,7 @@ class RequestsMade(RigTest):
             code, changed = self.outcome(name, topic, request, good, example)
             if request in unreadable and (not refused or made_requests.at(request, place) is None):
                 self.assertEqual((code, changed), absent, said)
-            elif refused == "refused" or request in unreadable:
+            elif request in unreadable or refused == "refused" and contract.faults(schema, request):
                 self.assertNotEqual(code, good, said)
             if code != good:
                 self.assertEqual(changed, {}, said)

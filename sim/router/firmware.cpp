@@ -38,8 +38,7 @@ JsonRoot reboot(World &world, const Request &) {
 
 JsonRoot reset(World &world, const Request &request) {
     const int delay = restart_delay(world), level = integer_of(request.arguments, "resetlevel");
-    world.effects.later(delay, [&world, level] { world.restore_factory_state(kept_at(level)); });
-    world.restart_router(delay);
+    world.restart_router(delay, [&world, level] { world.restore_factory_state(kept_at(level)); });
     return result();
 }
 
@@ -70,10 +69,13 @@ JsonRoot upgrade(World &world, const Request &request) {
         throw Refused("no image " + image);
     const std::string version = version_after(world, image);
     const int delay = restart_delay(world);
-    world.effects.later(delay, [&world, version] {
+    const auto flash = [&world, version] {
         if (world.state.find("/vrop.ftinfo")) world.state.set("/vrop.ftinfo/iswversion", version);
-    });
-    if (integer_of(request.arguments, "isreboot")) world.restart_router(delay);
+    };
+    if (integer_of(request.arguments, "isreboot"))
+        world.restart_router(delay, flash);
+    else
+        world.effects.later(delay, flash);
     return result();
 }
 

@@ -67,8 +67,9 @@ void World::elapse(int seconds) {
     elapse_speed_test(*this, seconds);
 }
 
-void World::restart_router(int delay_millis) {
-    effects.later(delay_millis, [this] {
+void World::restart_router(int delay_millis, const std::function<void()> &first) {
+    effects.later(delay_millis, [this, first] {
+        first();
         if (state.find(UPTIME)) state.set(UPTIME, 0);
         if (state.find("/vrop.ecm/mounted")) state.set("/vrop.ecm/mounted", 1);
         if (state.find("/vrop.speedtest")) state.set("/vrop.speedtest/url", std::string());

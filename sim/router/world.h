@@ -71,7 +71,8 @@ class World {
     void elapse(int seconds);
     // The router restarts some milliseconds later: uptimes start again, the USB disk is mounted, a speed test
     // has ended, and it is away from the bus for /sim/boottime milliseconds.
-    void restart_router(int delay_millis);
+    void restart_router(
+        int delay_millis, const std::function<void()> &first = [] {});
     // Back to the state that it was made with, but for the members of the state that are kept.
     void restore_factory_state(std::span<const char *const> kept);
 

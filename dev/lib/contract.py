@@ -98,13 +98,19 @@ def answer_faults(service, code, data):
 
 
 def https_faults(request):
-    """What is wrong with the body of a request that cloudsim has logged and did not refuse."""
+    """What is wrong with the bodies of a request that cloudsim has logged and neither refused nor spoilt."""
     endpoint = request["path"].rpartition("/")[2]
-    if request["method"] != "POST" or request["verdict"] != "ok" or request["body"].startswith("<"):
-        return []  # a file, or no body of ours
-    name = f"https/{endpoint}.request"
-    found = faults(name, json.loads(request["body"])) if schema(name) else [f"there is no schema {name}"]
-    return [f"{endpoint}: {fault}: {request['body'][:300]}" for fault in found]
+    if request["method"] != "POST" or request["verdict"] != "ok" or request["fault"]:
+        return []  # a file, or not ours
+    answer = f"https/{endpoint}.answer"
+    bodies = [(answer if schema(answer) else "https/result.answer", request["answer"])]
+    if not request["body"].startswith("<"):  # the fields of an upload
+        bodies.append((f"https/{endpoint}.request", request["body"]))
+    found = []
+    for name, body in bodies:
+        wrong = faults(name, json.loads(body)) if schema(name) else ["there is no such schema"]
+        found += [f"{name}: {fault}: {body[:300]}" for fault in wrong]
+    return found
 
 
 def read_only(name):

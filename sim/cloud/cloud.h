@@ -89,6 +89,7 @@ struct Request {
     std::string verdict;   // "ok", "unsigned" (requests that need no signature), or why not
     int status = 0;        // HTTP status answered
     bool faulted = false;  // a fault applied to it
+    std::string answer;    // the body of a POST's answer
 };
 
 enum class Scheme { https, http };

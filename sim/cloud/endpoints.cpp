@@ -39,6 +39,7 @@ void attend(Services &services, const char *endpoint, const httplib::Request &re
     response.status = visit.status;
     response.set_content(visit.fault.body ? *visit.fault.body : visit.body, visit.type);
     visit.record.status = visit.status;
+    if (request.method == "POST") visit.record.answer = response.body;
     visit.record.faulted = exchange.fault.has_value();
     services.journal.add(std::move(visit.record));
 }

@@ -43,6 +43,7 @@ std::string to_line(const Request &request) {
     put(line.get(), "status", static_cast<std::int64_t>(request.status));
     json_object_object_add(line.get(), "fault", json_object_new_boolean(request.faulted));
     put(line.get(), "body", body_text(request));
+    if (is_plain_text(request.answer)) put(line.get(), "answer", request.answer);
     return to_text(line);
 }
 

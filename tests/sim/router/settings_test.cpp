@@ -4,7 +4,7 @@
 
 namespace {
 
-// Each on what the ones before it left. Properties are set in the tests of the agent.
+// Each on what the ones before it left. Properties and client devices are set in the tests of the agent.
 TEST(Setting, IsSeenWhereverItShows) {
     const std::vector<Step> steps = {
         {R"(vrop.webwifisimple set {"wifi24ssid":"Office","wifi24apenable":0,"wifi5apenable":0})",
@@ -24,27 +24,6 @@ TEST(Setting, IsSeenWhereverItShows) {
          R"(/vrop.homewebinfo/ipaddr="10.0.0.2" /vrop.waninfo/workmode="ROUTE" /vrop.wifi.2.apclient/enable=0)"},
         {R"(vrop.timer delete {"action":"ToReboot","taskid":-1111})",
          "/vrop.timer/0/taskid=2 /vrop.timer/1="},
-        {R"(vrop.laninfo.sta set {"dsbandwidth":8,"mac":"02:A0:C9:00:00:03"})",
-         R"(/vrop.laninfo/2/dsbandwidth=8 /vrop.laninfo/2/mac="02a0c9000003")"},
-        {R"(vrop.firewall.filter filterSet {"switch":1,"filterOp":"black"})",
-         "/vrop.firewall.filter/switch=1"},
-        {R"(vrop.firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":1,"mac":"02a0c9000001"})",
-         "/vrop.firewall.filter/macfilterLists/1/index=1"},
-        {R"(vrop.firewall.filter filterDelete {"filterType":"mac","index":0})",
-         "/vrop.firewall.filter/macfilterLists/0/index=1 /vrop.firewall.filter/macfilterLists/1="},
-        {R"(vrop.parent.control add {"mac":"02a0c9000001","hostname":"PC"})",
-         R"(/vrop.parent.control/device/1/hostname="PC")"},
-        {R"(vrop.parent.control setdev {"disconnect":1,"disconnecttime":600,"mac":"02a0c9000001"})",
-         "/vrop.parent.control/device/1/disconnecttime=600"},
-        {R"(vrop.parent.control delete {"delall":0,"mac":"02a0c9000001"})", "/vrop.parent.control/device/1="},
-        {R"(vrop.parent.urlcontrol add {"filterType":"white","mac":"02a0c9000005","enable":0,"url":"a.example"})",
-         R"(/vrop.parent.urlcontrol/0/filterType="white" /vrop.parent.urlcontrol/0/list/3/index=3)"},
-        {R"(vrop.parent.urlcontrol.modify set {"filterType":"black","mac":"02a0c9000005","enable":1,"index":2})",
-         "/vrop.parent.urlcontrol/0/list/2/enable=1 /vrop.parent.urlcontrol/0/list/2/apptype=2"},
-        {R"(vrop.parent.urlcontrol delete {"index":-2222,"mac":"02a0c9000005"})",
-         "/vrop.parent.urlcontrol/0/list=[]"},
-        {R"(vrop.parent.timecontrol add {"enable":1,"timestart":"0800","timeend":"0900","mac":"02a0c9000007","week":"013"})",
-         R"(/vrop.parent.timecontrol/1/list=[{"enable":1,"timestart":"0800","timeend":"0900","week":"013","index":0}])"},
         {R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bmV3LXBhc3M="})",
          R"(/account/passwd="bmV3LXBhc3M=")"},
     };

@@ -15,11 +15,6 @@ TEST(World, KeepsStationsOutUntilTheyAreReleased) {
         {R"(vrop.firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":0,"mac":"02A0C9000003"})",
          "/vrop.firewall.filter/macfilterLists/1/index=1 /vrop.firewall.filter/macfilterLists/2= "
          R"(/vrop.laninfo/2/active=1 /vrop.laninfo/2/radio="5G" /vrop.laninfo/2/uptime=0)"},
-        {R"(vrop.firewall.filter filterSet {"switch":1,"filterOp":"white"})",
-         "/vrop.laninfo/2/active=0 /vrop.laninfo/3/active=0"},
-        {R"(sim station {"mac":"02a0c9000004","radio":"away"})"},
-        {R"(vrop.firewall.filter filterSet {"switch":0,"filterOp":"black"})",
-         "/vrop.laninfo/2/active=1 /vrop.laninfo/3/active=0"},
         {R"(vrop.parent.control setdev {"mac":"02a0c9000005","disconnect":1,"disconnecttime":600})",
          "/vrop.laninfo/4/active=0"},
         {R"(sim elapse {"seconds":599})", "/vrop.laninfo/4/active=0"},

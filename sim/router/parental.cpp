@@ -32,7 +32,8 @@ std::string place_of_device(const World &world, const std::string &mac) {
 
 // The place of the device that the call is about; throws Refused when it is not under supervision.
 std::string supervised_place(const World &world, const Request &request) {
-    const std::string mac = text_of(request.arguments, "mac"), place = place_of_device(world, mac);
+    const std::string mac = text_of(request.arguments, "mac");
+    std::string place = place_of_device(world, mac);
     if (place.empty()) throw Refused("vrop.parent.control." + mac + " not found");
     return place;
 }

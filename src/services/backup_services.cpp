@@ -107,7 +107,7 @@ ServiceAnswer fetch_and_restore(const ServiceRequest &request) {
     cfgReport_progress(40);
     pause_seconds(STEP_SECONDS);
     take_turn();
-    const ServiceAnswer answer = start_restore(request);
+    ServiceAnswer answer = start_restore(request);
     if (answer.code != SERVICE_OK) {
         end_turn();
         return answer;

@@ -35,9 +35,9 @@ bool is_external(const std::string &name) {
 // "/dev/sda1", ... or "/dev/sda" for a disk that holds one filesystem.
 std::vector<std::string> parts_of(const std::string &disk) {
     std::vector<std::string> devices;
-    for (const std::string &name : folder_names(BLOCK_DEVICES + disk))
-        if (name.rfind(disk, 0) == 0 &&
-            access((BLOCK_DEVICES + disk + "/" + name + "/partition").c_str(), F_OK) == 0)
+    const std::string folder = BLOCK_DEVICES + disk + "/";
+    for (const std::string &name : folder_names(folder))
+        if (name.rfind(disk, 0) == 0 && access((folder + name).append("/partition").c_str(), F_OK) == 0)
             devices.push_back("/dev/" + name);
     if (devices.empty()) devices.push_back("/dev/" + disk);
     return devices;

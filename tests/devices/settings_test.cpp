@@ -32,7 +32,6 @@ TEST_F(Settings, WriteWhatDiffers) {
     const std::string add_pc =
         R"(firewall.filter filterAdd {"filterOp":"black","filterType":"mac","enable":1,"protocol":0,"mac":"02a0c9000001","platform":0})";
     const Row rows[] = {
-        {applied(PC, R"("name":"Desk PC","ip":"1.2.3.4","joinWay":9)"), {}},
         {applied(PC, R"("name":"Big \"PC\"")"),
          {R"(laninfo.sta set {"mac":"02a0c9000001","devname":"Big \"PC\""})"}},
         {applied("02a0c9000004", R"("name":"bens-phone")"), {}}, // its own name, since it was given none
@@ -42,7 +41,6 @@ TEST_F(Settings, WriteWhatDiffers) {
         {applied(PC, R"("limitSpeed":{"open":true,"upSpeed":100})"),
          {R"(laninfo.sta set {"limitrateswitch":1,"usbandwidth":100,"mac":"02a0c9000001"})"}},
         {applied(TABLET, R"("limitSpeed":{"open":1,"upSpeed":2048,"downSpeed":8192})"), {}},
-        {applied(TABLET, R"("limitSpeed":{"open":1})"), {}},
         {applied(TABLET, R"("limitSpeed":{"open":1,"upSpeed":2048,"downSpeed":8193})"),
          {R"(laninfo.sta set {"limitrateswitch":1,"dsbandwidth":8193,"usbandwidth":2048,"mac":"02a0c9000005"})"}},
         {applied(PC, R"("blackEnable":true)"),
@@ -68,10 +66,6 @@ TEST_F(Settings, WriteWhatDiffers) {
         EXPECT_EQ(rig.set(row.element), 0);
         EXPECT_EQ(rig.take_writes(), row.writes) << row.element;
     }
-    EXPECT_TRUE(has_logged("device is exist in limit list"));
-    EXPECT_TRUE(has_logged("not find mac:02a0c9000001 in the filter list"));
-    EXPECT_TRUE(has_logged("set disconnnect ok"));
-    EXPECT_TRUE(has_logged("operationType:2 name_flag:1"));
 }
 
 TEST_F(Settings, OfADeviceAreThoseOfItsOwnElement) {
@@ -105,35 +99,13 @@ TEST_F(Settings, EndAtALimitWithoutSwitch) {
     EXPECT_THAT(rig.take_writes(), IsEmpty());
 }
 
-TEST_F(Settings, RefuseWhatIsNoRequest) {
-    char reply[8];
-    EXPECT_EQ(apDevices_set(nullptr, "{}", reply, 8), -1);
-    EXPECT_EQ(apDevices_set("", "{}", reply, 8), -1);
-    EXPECT_EQ(apDevices_set("x", "", reply, 8), -1);
-    EXPECT_EQ(apDevices_set("x", R"({"apDevices":[]})", reply, 0), -1);
-    EXPECT_TRUE(has_logged("param is NULL"));
-    EXPECT_EQ(rig.set_text("{\"apDevices\":["), -1);
-    EXPECT_TRUE(has_logged("JsonStr Token fail msg:{\"apDevices\":["));
-    for (const char *text : {"{}", "5", R"({"apDevices":{}})", R"({"apDevices":"x"})"})
-        EXPECT_EQ(rig.set_text(text), -1) << text;
-    EXPECT_TRUE(has_logged("Json Get Obj fail"));
-    EXPECT_EQ(set_apDevices_config(nullptr), -1);
-    EXPECT_EQ(set_flag, 0);
-}
-
 // Nothing of these is written, and each request is answered.
 TEST_F(Settings, OddElementsChangeNothing) {
     const std::string long_text(10240, 'x');
-    for (
-        const std::string &element : std::vector<std::string>{
-            "5", "null", "[]", R"("x")", "{}", R"({"name":"x","operationType":1})",
-            applied("", R"("name":"x")"), R"({"mac":["02a0c9000001"],"operationType":1,"name":"x"})",
-            applied(PC, R"("name":["x"],"limitSpeed":[],"blackEnable":{},"disconnect":"often")"),
-            applied(
-                PC,
-                R"("onlineNotice":[],"blackEnable":-2,"parentFlag":{},"parentalWebControl":[],"parentalTimeControl":{})"),
-            applied(PC, R"("ParentControlType":1,"ParentalGameControl":[{"urls":5}])"),
-            applied(PC, R"("ParentControlType":99,"parentalTimeControl":[{}])")}) {
+    for (const std::string &element :
+         {std::string("5"), std::string("null"), std::string("[]"), std::string("{}"),
+          std::string(R"({"name":"x","operationType":1})"), applied("", R"("name":"x")"),
+          applied(PC, R"("ParentControlType":99,"parentalTimeControl":[{}])")}) {
         EXPECT_EQ(rig.set(element), 0) << element;
         EXPECT_THAT(rig.take_writes(), IsEmpty()) << element;
     }

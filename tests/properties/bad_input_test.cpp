@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bad input for every row of the property table: a row is covered by being there. Bad requests are made of
-// what the row's own get gives; bad members of requests are sent to the daemon by tests/system.
+// what the row's own get gives; more of them, and bad members, are sent to the daemon by tests/system.
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -11,26 +11,15 @@ namespace {
 
 using testing::IsEmpty;
 
-Texts broken_texts(const std::string &name, const std::string &document) {
-    const std::string start = R"({")" + name + R"(":)", deep(10000, '['), ends(10000, ']');
-    Texts texts{"", " ", "x", "{", "[]", "1", R"("text")", "null", "{}", R"({"other":{}})", deep};
-    texts.push_back(document.substr(0, document.size() - 1));
-    texts.push_back("[" + document + "]");
-    texts.push_back("{\"junk\":\"\xc3\x28\"," + document.substr(1));
-    texts.push_back(start + deep + "1" + ends + "}");
-    // an empty list is one; the radios send what they are given and leave it to the daemon
-    const char *const list = name.starts_with("time") || name == "apDevices" ? "1" : "[]";
-    const char *const text = name == "ledStatus" ? "1" : R"("text")";
-    const char *const object = name.ends_with("SeniorInfo") ? "1" : R"({"x":{}})";
-    for (const char *value : {"null", "1", "true", "1.5", list, text, object})
-        texts.push_back(start + value + "}");
-    return texts;
+Texts broken_texts(const std::string &document) {
+    return {"{}", document.substr(0, document.size() - 1), "[" + document + "]",
+            "{\"junk\":\"\xc3\x28\"," + document.substr(1)};
 }
 
 TEST(BadInput, BrokenRequestsChangeNothing) {
     for (const property_row *row : rows_with(&property_row::set)) {
         PropertyRig rig(WITH_TASKS);
-        for (const std::string &request : broken_texts(row->name, get(row->name))) {
+        for (const std::string &request : broken_texts(get(row->name))) {
             SCOPED_TRACE(std::string(row->name) + " " + request.substr(0, 80));
             EXPECT_EQ(set(row->name, request), -1);
             EXPECT_THAT(rig.writes(), IsEmpty());

@@ -161,39 +161,13 @@ TEST(SpoiltCalls, OfGets) {
 }
 
 TEST(FreshAgent, AnswersGetsWithoutADaemon) {
-    // clang-format off
-    const Texts documents = {
-        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
-        R"({"deviceInfo":{"productId":"Tq83mZc1wk","sn":"","deviceModel":"","fwVersion":"","outFwVersion":"","hdVersion":"",)"
-        R"("manufacturer":"","mac":"","areaCode":"","imei":"","ip":"","onlineTime":0}})",
-        "-1", // ledStatus
-        R"({"wifiInfo":{"wifi2gOpen":false,"wifi2gName":"","wifi2gPwd":"","wifi2gEncryption":0,"wifi2gHidden":true,)"
-        R"("wifi5gOpen":false,"wifi5gName":"","wifi5gPwd":"","wifi5gEncryption":0,"wifi5gHidden":true,"wifiSamesOpen":false,)"
-        R"("wifiSamesName":"","wifiSamesPwd":"","use2gPwd":false,"backupWifiOpen":false}})",
-        R"({"timeReboot":[]})",
-        R"({"networkInfo":{"networkMode":0,"networkConnect":{"bridge":{}}}})",
-        R"({"visitorsWifi":{"mainOpen":false,"wifi2gOpen":false,"wifi2gName":"","wifi2gPwd":"","wifi2gOpenPwd":false,)"
-        R"("wifi5gOpen":false,"wifi5gName":"","wifi5gPwd":"","wifi5gOpenPwd":false,"openDuration":0,"openTime":0}})",
-        R"({"deviceStatus":{"linkStatus":0,"networkStatus":0,"upSpeed":0,"downSpeed":0}})",
-        R"({"apDevices":[]})",
-        R"({"mesh":{"open":false}})",
-        R"({"meshTopology":{"enable":false,"role":0,"nodes":[{"mac":"","name":"","ip":"","role":0,"parent":"","link":"wired",)"
-        R"("rssi":0,"apDevices":[]}]}})",
-        R"({"timeLed":[]})",
-        R"({"hcdn":{"enable":true,"open":false,"samba":false,"inMemory":false,"outMemory":false,"usb":true,"path":"",)"
-        R"("natType":0,"upnp":false,"registered":false}})",
-        R"({"ipv6Status":{"open":0}})",
-        R"({"networkProtocol":{"type":0}})",
-        R"({"wifi2gSeniorInfo":{"encrypt":"","authmode":"","mode":"","txpower":0,"bandwidth":0,"channel":0}})",
-        R"({"wifi5gSeniorInfo":{"encrypt":"","authmode":"","mode":"","txpower":0,"bandwidth":0,"channel":0}})",
-    };
-    // clang-format on
     PropertyRig rig;
     rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "*"});
-    Texts answers;
-    for (const property_row *row : rows_with(&property_row::get))
-        answers.push_back(get(row->name));
-    EXPECT_EQ(answers, documents);
+    for (const property_row *row : rows_with(&property_row::get)) {
+        const std::string name = row->name, document = get(name);
+        EXPECT_TRUE(name == "ledStatus" ? document == "-1" : document.starts_with("{\"" + name + "\":"))
+            << name << " " << document;
+    }
 }
 
 } // namespace

@@ -4,22 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "properties/wifi_encryption.h"
 #include "properties/wifi_guest.h"
 
 namespace {
-
-TEST(Helpers, EncryptionCodes) {
-    const char *const TEXTS[] = {"NONE",     "WPA-PSK",          "WPA2-PSK", "WPA-PSK/WPA2-PSK",
-                                 "WPA3-SAE", "WPA2-PSK/WPA3-SAE"};
-    char text[32];
-    for (const int code : {0, 1, 2, 3, 4, 5, 6, 1000, -1}) {
-        const int known = code < 0 || code > 5 ? 3 : code;
-        EXPECT_EQ(get_set_encrytion(code, text, sizeof text), 0);
-        EXPECT_STREQ(text, TEXTS[known]);
-        EXPECT_EQ(get_report_encrytion(text), known);
-    }
-}
 
 // Names of every length with characters of 1 to 4 bytes at every place in front of the end.
 TEST(Helpers, GuestNamesAreCutBetweenCharacters) {

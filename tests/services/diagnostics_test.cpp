@@ -44,7 +44,6 @@ TEST(PingTest, SaysWhatItMissesAndWhatTheDaemonRefuses) {
     check({
         {"pingTest"},
         {R"({"testUrl":"h"})", "-1: 400 {}", "", "times is not exist"},
-        {R"({"times":3,"testUrl":{}})", "-1: 400 {}", "", "testUrl is not exist"},
         {R"({"times":3,"testUrl":""})", "-1: 400 {}", R"(vrop.diagnosis ping {"host":""})"},
         {R"({"times":3,"testUrl":"h.example"})", R"(0: 200 {"loss": 0, "relay": "9.334"})",
          R"(vrop.diagnosis ping {"host":"h.example"})", "loss:0 relay:9.334"},
@@ -69,11 +68,9 @@ TEST(PingTest, ReadsWhateverTheFileHolds) {
         {"a, 50 packet loss\nb,\t 12 % loss ,no\n", R"(0: 200 pingTest {"loss": 100, "relay": ""})"},
         {"x, 99999999% loss\nround-trip 1/2/3 ms\n= 4/5/6\n",
          R"(0: 200 pingTest {"loss": 999999, "relay": ""})"},
-        {"round-trip (ms) min/avg/max = 1/2/3\n", R"(0: 200 pingTest {"loss": 100, "relay": ""})"},
         {"round-trip = a = 1/\"\\\x01\xff%s/3 ms", R"(0: 200 pingTest {"loss": 100, "relay": "\"\\\u0001)"
                                                    "\xef\xbf\xbd"
                                                    R"(%s"})"},
-        {"round-trip = 7 ms\n", R"(0: 200 pingTest {"loss": 100, "relay": ""})"},
         {"round-trip = 1/" + endless, R"(0: 200 pingTest {"loss": 100, "relay": ""})"},
         {"", R"(0: 200 pingTest {"loss": 100, "relay": ""})"},
     };
@@ -113,7 +110,6 @@ TEST(NetworkCheck, TellsOfSlowNamesAndOfAnIpv6ThatIsDown) {
          "get dns delay fail",
          far,
          {.kind = Fault::Kind::Result, .object = "vrop.diagnosis", .value = 1}},
-        {R"({"testUrl":"dead.example.com","dnsTimeout":0})", slow.c_str()},
         {"{}", down.c_str(), nullptr, "network_type:1", R"({"vrop.waninfo":{"protocoltype":"IPv4/IPv6"}})"},
         {"{}", good.c_str(), nullptr, "network_type:1",
          R"({"vrop.waninfo":{"protocoltype":"IPv6","status6":"Connected"}})"},

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,26 +28,20 @@ class SettingsRig : public RouterRig {
     }
     // Waits until the last write begins so; false when ten seconds pass first.
     bool wait_for_write(const std::string &start) const {
-        for (int tenths = 0; tenths < 10000; tenths++) {
-            const std::vector<router::Call> calls = router.calls();
-            if (!calls.empty() && as_line(calls.back()).starts_with(start)) return true;
+        for (int tries = 0; tries < 10000; tries++) {
+            const std::vector<std::string> lines = calls();
+            if (!lines.empty() && lines.back().starts_with("vrop." + start)) return true;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return false;
     }
     // The calls that change something since the last take, as "object method arguments" without "vrop.".
     std::vector<std::string> take_writes() {
-        std::vector<std::string> writes;
-        for (const router::Call &call : router.calls())
-            if (call.method != "get" && call.method != "list" && call.method != "getbymac")
-                writes.push_back(as_line(call));
+        std::vector<std::string> lines = writes();
+        for (std::string &line : lines)
+            line.erase(0, strlen("vrop."));
         router.clear_calls();
-        return writes;
-    }
-
-  private:
-    static std::string as_line(const router::Call &call) {
-        return call.object.substr(5) + " " + call.method + " " + call.arguments;
+        return lines;
     }
 };
 

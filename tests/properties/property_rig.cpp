@@ -22,22 +22,6 @@ PropertyRig::~PropertyRig() {
     moving_clock::on_pause({});
 }
 
-Texts PropertyRig::calls() const {
-    Texts lines;
-    for (const router::Call &call : router.calls())
-        lines.push_back(call.object + " " + call.method + " " + call.arguments);
-    return lines;
-}
-
-Texts PropertyRig::writes() const {
-    Texts lines = calls();
-    std::erase_if(lines, [](const std::string &line) {
-        const std::string method = line.substr(line.find(' ') + 1);
-        return method.starts_with("get") || method.starts_with("list");
-    });
-    return lines;
-}
-
 Texts PropertyRig::take() {
     Texts texts = calls();
     router.clear_calls();

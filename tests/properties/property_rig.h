@@ -20,9 +20,6 @@ class PropertyRig : public RouterRig {
     explicit PropertyRig(const std::string &patch = {});
     ~PropertyRig();
 
-    // The calls since the last forget() or take(), as "object method arguments"; those that change something.
-    Texts calls() const;
-    Texts writes() const;
     // The calls, and then the events that the relay would have got.
     Texts take();
     // Forgets calls, datagrams, posts and pauses, and what the log says.

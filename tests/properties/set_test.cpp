@@ -98,8 +98,6 @@ const std::vector<SetCase> CASES = {
     {"wifiInfo", separate("Office", 0, R"("backupWifiOpen":0)"), -1,
      READ_NAMES + Texts{R"(vrop.webwifi1adv set {"authmode":"NONE","hide":0})", SET_5G},
      {"APP send data format is error"}},
-    {"wifiInfo", R"({"wifiSamesOpen":0,"wifi2gEncryption":0,"wifi5gEncryption":0,"backupWifiOpen":1})", -1, READ_NAMES,
-     {"APP send data format is error", "set 5G  encrytion and hidden fail", "APP send data is error"}},
     {"wifiInfo",
      R"({"wifiSames":1,"wifiSamesHidden":1,"wifi2gName":"Old2","wifi2gEncryption":4,"wifi5gName":"Old5","wifi5gEncryption":1,)"
      R"("wifiSamesOpen":1,"wifiSamesName":"One","wifiSamesPwd":"oneforboth","use2gPwd":0,"backupWifiOpen":1})", 0,

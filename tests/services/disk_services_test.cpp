@@ -121,12 +121,9 @@ TEST(PacketFile, IsWholeUpToTheEndOfAPacket) {
 // Stands in for tcpdump: refuses the filter "bad", else writes what it is to write and stays.
 void put_tcpdump(const std::string &packets) {
     std::ofstream("/tmp/packets") << packets;
-    fs::remove("/usr/bin/tcpdump");
-    std::ofstream("/usr/bin/tcpdump")
-        << "#!/bin/sh\necho \"$*\" >>/tmp/tcpdump.runs\ncase \"$*\" in\n"
-           "*-d*bad) echo 'syntax error' >&2; exit 1 ;;\n*-d*) exit 0 ;;\nesac\n"
-           "cat /tmp/packets\nexec sleep 1000\n";
-    fs::permissions("/usr/bin/tcpdump", fs::perms::all);
+    script("tcpdump", "echo \"$*\" >>/tmp/tcpdump.runs\ncase \"$*\" in\n"
+                      "*-d*bad) echo 'syntax error' >&2; exit 1 ;;\n*-d*) exit 0 ;;\nesac\n"
+                      "cat /tmp/packets\nexec sleep 1000");
 }
 
 std::string capture_request(const std::string &change) {

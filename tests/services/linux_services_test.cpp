@@ -8,20 +8,15 @@
 #include "core/json_path.h"
 #include "services/disks.h"
 #include "services/hardware.h"
-#include "services/ports.h"
+#include "services/service_rig.h"
 #include "sim/router/hardware.h"
-#include "support/recording_sdk.h"
 
 namespace {
 
-using Handler = int (*)(uint32_t, uint32_t, void *, void *, const char *);
-
-std::string answer_of(Handler handler) {
-    recording_sdk::clear_calls();
-    EXPECT_EQ(handler(7, 8, nullptr, nullptr, nullptr), 0);
-    const auto calls = recording_sdk::calls_of("TEBRA_SDK_Handle_Response");
-    if (calls.size() != 1 || calls[0].arguments[2] != "200") return "not answered once with 200";
-    return calls[0].arguments[3];
+std::string answer_of(const char *service) {
+    const std::string good = std::string("0: 200 ") + service + " ",
+                      said = ServiceRig().call(service, nullptr);
+    return said.starts_with(good) ? said.substr(good.size()) : said;
 }
 
 void say(const std::string &path, const std::string &text) {
@@ -34,22 +29,22 @@ std::string port(const char *name, const char *link, int speed, const char *dupl
 }
 
 TEST(Ports, AreTheWiredInterfacesWithHardware) {
-    EXPECT_EQ(answer_of(portLinkSpeed_call), R"({"ports":[]})");
+    EXPECT_EQ(answer_of("portLinkSpeed"), R"({"ports":[]})");
     ASSERT_TRUE(router::make_hardware());
     const std::string lan1 = port("lan1", "true", 1000, "full"), wan = port("wan", "true", 1000, "full"),
                       lan2 = port("lan2", "true", 1000, "full"), lan3 = port("lan3", "false", 0, "unknown");
     auto list = [&](const std::string &first) {
         return R"({"ports":[)" + first + "," + lan2 + "," + lan3 + "," + wan + "]}";
     };
-    EXPECT_EQ(answer_of(portLinkSpeed_call), list(lan1));
+    EXPECT_EQ(answer_of("portLinkSpeed"), list(lan1));
     say("/sys/class/net/lan1/speed", "100\n");
     say("/sys/class/net/lan1/duplex", "half\n");
-    EXPECT_EQ(answer_of(portLinkSpeed_call), list(port("lan1", "true", 100, "half")));
+    EXPECT_EQ(answer_of("portLinkSpeed"), list(port("lan1", "true", 100, "half")));
     for (const std::string &odd : {std::string(), std::string("-1\n"), std::string("99999999999999999999"),
                                    std::string("\"},{"), std::string(9000, '\xff')}) {
         say("/sys/class/net/lan1/speed", odd);
         say("/sys/class/net/lan1/duplex", odd);
-        EXPECT_EQ(answer_of(portLinkSpeed_call), list(port("lan1", "true", 0, "unknown"))) << odd;
+        EXPECT_EQ(answer_of("portLinkSpeed"), list(port("lan1", "true", 0, "unknown"))) << odd;
     }
 }
 
@@ -57,7 +52,7 @@ TEST(Hardware, IsDescribedFromWhatThereIs) {
     ASSERT_TRUE(router::make_hardware());
     say("/sys/class/thermal/thermal_zone0/temp", "91000\n");
     say("/sys/class/thermal/thermal_zone1/temp", "");
-    JsonRoot answer = JsonParseUtf8(answer_of(physics_info_call).c_str());
+    JsonRoot answer = JsonParseUtf8(answer_of("physicsInfo").c_str());
     ASSERT_TRUE(answer);
     for (const char *positive :
          {"cpu.cores", "memory.total", "memory.available", "flash.total", "flash.free", "uptime"})
@@ -84,15 +79,15 @@ TEST(Hardware, ProcFilesMayHoldAnything) {
 }
 
 TEST(Disks, AreTheExternalOnesWithTheirRoom) {
-    EXPECT_EQ(answer_of(diskCheck_call), R"({"disks":[]})");
+    EXPECT_EQ(answer_of("diskCheck"), R"({"disks":[]})");
     ASSERT_TRUE(router::make_hardware());
     auto stick = [](int free) {
         return R"({"disks":[{"path":"\/mnt\/usb","device":"\/dev\/sda1","fs":"tmpfs","total":1024,"free":)" +
                std::to_string(free) + R"(,"readOnly":false,"status":0}]})";
     };
-    EXPECT_EQ(answer_of(diskCheck_call), stick(1024));
+    EXPECT_EQ(answer_of("diskCheck"), stick(1024));
     say("/mnt/usb/full", std::string(2 << 20, 'x'));
-    EXPECT_EQ(answer_of(diskCheck_call), stick(0));
+    EXPECT_EQ(answer_of("diskCheck"), stick(0));
     std::filesystem::create_directories("/sys/block/sdb");
     say("/sys/block/sdb/removable", "1\n");
     const auto disks = external_disks();

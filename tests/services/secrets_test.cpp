@@ -30,8 +30,6 @@ TEST(Secrets, AreMaskedByTheirNames) {
         {"passwd:a b, c;d\n", "passwd:****\n"},
         {"WIFI_PSK = a\"b\n", "WIFI_PSK = ****\n"},
         {R"({"productKey":"Tq83mZc1wk","authmode":"WPA2-PSK","key":""})", nullptr},
-        {"JsonStr Token fail", nullptr},
-        {"key", nullptr},
         {"key:", nullptr},
         {"", nullptr},
     };
@@ -68,22 +66,14 @@ TEST(Secrets, OfTheRouterAreKnownInEveryForm) {
     EXPECT_EQ(masked("Home Tq83mZc1wk SIM2408000017", values), "Home Tq83mZc1wk SIM2408000017");
 }
 
-// A helper that keeps what it is given.
-void keep_what_is_sent(int status) {
-    std::filesystem::remove("/usr/bin/common_put_file");
-    std::ofstream("/usr/bin/common_put_file")
-        << "#!/bin/sh\nstat -c %a \"$1\" >/tmp/mode\nrm -rf /tmp/sent; mkdir /tmp/sent\n"
-           "tar -xzf \"$1\" -C /tmp/sent\nexit "
-        << status << "\n";
-    std::filesystem::permissions("/usr/bin/common_put_file", std::filesystem::perms::all);
-}
-
 TEST(LogUpload, SendsTheLogsWithoutSecretsAndLeavesNothing) {
     ServiceRig rig;
     get_qvtkRegister_info(&register_config);
     const char request[] = R"({"uploadUrl":"https://host/put","url":"https://host/get"})";
     for (const int status : {0, 1}) {
-        keep_what_is_sent(status);
+        script("common_put_file", "stat -c %a \"$1\" >/tmp/mode\nrm -rf /tmp/sent; mkdir /tmp/sent\n"
+                                  "tar -xzf \"$1\" -C /tmp/sent\nexit " +
+                                      std::to_string(status));
         std::ofstream("/apetc/rvxa/qvtk_upgrade.log") << "key is homesweethome\n\nlast";
         std::ofstream("/apvar/log/qvtk_tebra.log")
             << "first\n"

@@ -36,14 +36,6 @@ std::string ServiceRig::call(const std::string &service, const char *parameters)
     return "no such row";
 }
 
-std::vector<std::string> ServiceRig::writes() const {
-    std::vector<std::string> lines;
-    for (const router::Call &call : router.calls())
-        if (!call.method.starts_with("get") && call.method != "list")
-            lines.push_back(call.object + " " + call.method + " " + call.arguments);
-    return lines;
-}
-
 double ServiceRig::slept() {
     const auto pauses = moving_clock::pauses();
     return static_cast<double>(std::accumulate(pauses.begin(), pauses.end(), moving_clock::Millis{})) / 1000;

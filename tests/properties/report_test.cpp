@@ -41,7 +41,6 @@ TEST(Reading, GivesWhatTheDaemonSays) {
         {"wifiInfo", "/vrop.wifi.1.ap/0/authmode", R"("SAE")", R"("wifi2gEncryption":3)"},
         {"wifiInfo", "/vrop.wifi.1.ap/0/authmode", "", R"("wifi2gEncryption":-1)"},
         {"wifiInfo", "/vrop.webwifisimple/wifidual", "1", R"({"wifiSames":true,"wifiSamesHidden":false)"},
-        {"visitorsWifi", "/vrop.wifi.1.ap/2/authmode", R"("WPA-PSK/WPA2-PSK")", R"("wifi2gOpenPwd":true)"},
         {"networkProtocol", "/vrop.waninfo/protocoltype", R"("IPX")", R"({"type":0})"},
         {"networkInfo", "/vrop.waninfo/dns", R"("1.1.1.1, 8.8.8.8 x")",
          R"("dns1":"1.1.1.1","dns2":"8.8.8.8"})"},

@@ -25,7 +25,6 @@ TEST(Control, ActsAndAnswers) {
         {"recovery"},
         {nullptr, "0: 200 {}", "vrop reset {}"},
         {"", "-1: 400 {}", "vrop reset {}", "recovery fail", "", REFUSED},
-        {R"({"resetType":2})", "0: 200 {}", R"(vrop reset {"resetlevel":2})", "reset_type:2"},
         {"{}", "-1: 400 {}", R"(vrop reset {"resetlevel":0})", "cutusb fail", "", REFUSED},
         {"updatePwd"},
         {R"({"user":"admin","oldPwd":"admin123","newPwd":"new"})", "0: 200 {}",
@@ -135,7 +134,6 @@ TEST(Throughput, OfADownloadIsTheBestThatWasSeenInItsTime) {
          {TestRow{"{}", R"("time":8,"interval":1000})", 8},
           {R"({"url":"","time":20,"interval":5})", R"("time":20,"interval":5})", 20},
           {R"({"url":"http://h/f","time":-7})", R"({"url":"http://h/f","time":-7,"interval":1000})", 0},
-          {R"({"time":0,"interval":"x"})", R"("time":0,"interval":1000})", 0},
           {R"({"time":4294967296})", R"("time":2147483647,"interval":1000})", 600}}) {
         const std::string answer = rig.call("maxMonitorSpeed", row.parameters);
         EXPECT_THAT(answer, testing::StartsWith(R"(0: 200 maxMonitorSpeed {"downSpeed":)")) << row.parameters;
@@ -160,10 +158,8 @@ TEST(SetFlag, StaysUpOnlyWhereACallEndsWithoutAnAnswer) {
                                {"checkSignal", "{}", false, 1},
                                {"checkSignal", "x", true, 1},
                                {"wirelessInterference", "{}", true, 1},
-                               {"checkSignal", "[]", true, 1},
                                {"checkSignal", "{}", true, 0},
                                {"checkSignal", "x", true, 0},
-                               {"checkInterference", nullptr, true, 0},
                                {"maxMonitorSpeed", nullptr, true, 0},
                                {"maxMonitorSpeed", "x", true, 1},
                                {"checkInterference", "{}", false, 0},

@@ -142,7 +142,6 @@ TEST(Restore, WritesWhatIsGivenAndNothingElse) {
          R"(webwifisimple {"wifidual":1,"wifi24apenable":1,"wifi24ssid":"A","wifi24key":"12345678","wifi5apenable":1,)"
          R"("wifi5ssid":"B","wifi5key":"87654321","wifi5backup":0} | webwifi1adv {"bandwidth":40,"channel":6,"encrypt":"TKIP/AES","authmode":"WPA2-PSK/WPA3-SAE"} | webwifi2adv {"encrypt":"NONE","authmode":"WPA-PSK"})",
          "set wifi config ok"},
-        {R"({"IPTVCfg":{"cfg_list":[{"VlanID":1},{"VlanID":2},{"VlanID":3}]}})", "", "set web passwd fail"},
         {R"({"IPTVCfg":{"cfg_list":[{"VlanID":85,"Interface1":1},{"Enable":1,"VlanID":9999,"Interface1":0,"Interface2":1,"Interface3":1}]}})",
          R"(iptv {"vlanid":85} | iptv {"enable":1,"vlanid":9999,"ethport":"011"})",
          "set iptv vlanId:9999  ethport:011 buf:fail"},

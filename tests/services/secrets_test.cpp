@@ -46,7 +46,6 @@ TEST(Secrets, AreMaskedByTheirValues) {
         {"homehomesweet", "****"},
         {R"({"password":"old one"})", R"({"****":"****"})"}, // a password may be any word
         {"cut at homesw\n", "cut at ****\n"},
-        {"hom", "hom"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(masked(c.line, values), c.masked);

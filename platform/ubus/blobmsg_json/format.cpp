@@ -60,9 +60,18 @@ void Formatter::separator() {
         text.append('\t');
 }
 
+// Of a container from anybody: nothing has checked a root's own header before.
+bool header_fits(const blob_attr *container) {
+    if (!blob_is_extended(container)) return true;
+    return blob_len(container) >= sizeof(blobmsg_hdr) &&
+           blobmsg_hdrlen(blob_get_u16(container)) <= blob_len(container);
+}
+
 void Formatter::open(const blob_attr *container, bool array) {
-    const auto *start = static_cast<const blob_attr *>(blobmsg_data(container));
-    levels.push_back({start, blobmsg_data_len(container), array, true});
+    const bool fits = header_fits(container);
+    const void *start = fits ? blobmsg_data(container) : blob_data(container);
+    levels.push_back(
+        {static_cast<const blob_attr *>(start), fits ? blobmsg_data_len(container) : 0, array, true});
     text.append(array ? '[' : '{');
     if (indent >= 0) indent++;
     separator();

@@ -2,6 +2,7 @@
 // Both ways of upgrading at once, in every pairing: what the router is handed is the image that was checked.
 #include <array>
 #include <atomic>
+#include <filesystem>
 #include <latch>
 #include <thread>
 
@@ -68,7 +69,7 @@ struct Turns : CloudRig, testing::Test {
     Turns() {
         init_transfers();
         for (const std::string image : {"qvtk_upgrade.bin", "firmware.img"})
-            symlink(("/aptmp/" + image).c_str(), ("/tmp/" + image).c_str()); // as on the device
+            std::filesystem::create_symlink("/aptmp/" + image, "/tmp/" + image); // as on the device
         router.set_state("/sim/restartdelay", "3600000");
         load_upgrade_request();
     }

@@ -233,7 +233,7 @@ class Sdk(RigTest):
         requests.remove(self.cloud.wait(payload=BUSY).correlation)
         self.device.do("open gate")
         answers = [self.cloud.wait(topic=Cloud.REPLIES, correlation=request) for request in requests]
-        self.assertEqual({(a.user["code"], a.payload) for a in answers}, {("0", '{"slow":1}'), ("-1", BUSY)})
+        self.assertLessEqual({(a.user["code"], a.payload) for a in answers}, {("0", '{"slow":1}'), ("-1", BUSY)})
         self.assertGreaterEqual(sum(a.payload != BUSY for a in answers), 64)  # as many as may wait
         self.assertEqual(self.cloud.wait(topic=Cloud.REPLIES, correlation=offer).payload, '{"code":3}')
 

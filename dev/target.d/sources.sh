@@ -7,7 +7,7 @@
 apt_setup() {
     local apt=$work/apt mirror key='[signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]'
     export APT_CONFIG=$apt/conf
-    [ ! -e "$apt/updated" ] || return 0
+    [ -z "$(find "$apt/updated" -mmin -60 2>/dev/null)" ] || return 0 # older lists may name what the mirror has no more
     mkdir -p "$apt"/{lists/partial,archives/partial,state}
     touch "$apt/status"
     mirror=$(sed -n 's/^URIs: *//p; s/^deb [^h]*\(http[^ ]*\).*/\1/p' \

@@ -20,8 +20,8 @@ BUDGETS = pathlib.Path(__file__).with_name("budgets.json")
 def sizes(rig, installed, names):
     for name in names:
         file = name.removeprefix(SIZE)
-        path = next(path for path in (installed / "usr/bin" / file, installed / "usr/lib" / file) if path.exists())
-        yield name, "KiB", path.stat().st_size / 1024
+        folder = "usr/lib" if file.endswith(".so") else "usr/bin"
+        yield name, "KiB", (installed / folder / file).stat().st_size / 1024
 
 
 def fill_home(rig):
@@ -91,6 +91,6 @@ def measure(rig, wanted, say, installed, platform):
             for name, unit, value in kind(rig, installed, names):
                 if name in names:
                     rows.append(Row(f"daemon: {name}", unit, value, goal=budgets.get(name)))
-        except (rigs.Failed, OSError, StopIteration) as error:
+        except (rigs.Failed, OSError) as error:
             rows.append(Row(f"daemon: {kind.__name__}", failed=repr(error)))
     return rows

@@ -7,7 +7,7 @@ import pathlib
 import re
 import time
 
-from rig import wait_until
+from rig import Failed, wait_until
 
 GUEST_END = 1 << 40
 STAND_INS = r"/lib(ssl|crypto)\.so"
@@ -55,8 +55,11 @@ class Footprint:
 
     def deepest_stack(self):
         """KiB that were ever touched of the thread's stack that was touched most."""
-        return max((anonymous for size, mode, _, anonymous in self.mappings()
-                    if size in THREAD_STACKS and mode.startswith("rw")), default=0)
+        touched = [anonymous for size, mode, _, anonymous in self.mappings()
+                   if size in THREAD_STACKS and mode.startswith("rw")]
+        if not touched:
+            raise Failed("no mapping has the size of a thread's stack")
+        return max(touched)
 
     def threads(self):
         return len(list((self.folder / "task").iterdir())) - self.emulated

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """target.py BUILD INSTALLED: what the daemon takes on a router, measured under emulation inside dev/sandbox; prints one
-table, and is 1 when something is beyond its budget."""
+table, and is 1 when something but a time is beyond its budget."""
 import pathlib
 import sys
 
@@ -22,7 +22,7 @@ def main():
     finally:
         rig.stop_all()
     print_table(rows)
-    return 1 if any(row.missed() for row in rows) else 0
+    return 1 if any(row.is_too_much() for row in rows) else 0
 
 
 if __name__ == "__main__":

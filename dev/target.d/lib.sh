@@ -15,6 +15,21 @@ die() {
     exit 1
 }
 
+# own_folder: makes $run, a folder for what this run leaves, which goes with it; those of runs that were killed go now.
+own_folder() {
+    local old
+    exec 6>"$work/runs.lock"
+    flock 6
+    for old in "$work"/run.*/; do
+        [ ! -d "$old" ] || flock -n "$old" rm -rf "$old" || true
+    done
+    run=$(mktemp -d "$work/run.XXXXXX")
+    exec 7<"$run"
+    flock 7 # until the last process of this run has ended
+    exec 6>&-
+    trap 'rm -rf "$run"' EXIT
+}
+
 # step NAME CMD...: runs CMD, shell function or program, with its output in a log; says how long it took.
 step() {
     local name=$1 began=$SECONDS status=0

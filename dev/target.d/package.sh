@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # The packages, checked as the distribution's feed would, and the daemon started from them.
-: "${repo:?}" "${work:?}" "${build:?}" "${device:?}"
+: "${repo:?}" "${work:?}" "${run:?}" "${build:?}" "${device:?}"
 packaging=$repo/packaging
 packages=$work/packages
 architecture=aarch64_generic
@@ -21,15 +21,15 @@ make_packages() {
     local name first again
     check_versions
     shellcheck -s dash "$packaging"/openwrt/qvtkd/{files/qvtkd.init,test-version.sh} "$packaging/test/procd.sh"
-    rm -rf "$work/installed" "$packages"
-    mkdir -p "$packages" "$work/again"
-    DESTDIR=$work/installed cmake --install "$build" --prefix /usr
+    local installed=$run/packaged again_in=$run/again
+    rm -rf "$installed" "$packages"
+    mkdir -p "$packages" "$again_in"
+    DESTDIR=$installed cmake --install "$build" --prefix /usr
     for name in "${package_names[@]}"; do
-        first=$("$packaging/ipk" "$name" "$work/installed" "$architecture" "$packages")
-        again=$("$packaging/ipk" "$name" "$work/installed" "$architecture" "$work/again")
+        first=$("$packaging/ipk" "$name" "$installed" "$architecture" "$packages")
+        again=$(umask 077 && "$packaging/ipk" "$name" "$installed" "$architecture" "$again_in")
         cmp "$first" "$again" || { echo "$name is another package when it is made again"; return 1; }
     done
-    rm -r "$work/again"
     sha256sum "$packages"/*
 }
 
@@ -49,22 +49,20 @@ unpack() {
 }
 
 check_packages() {
-    local package
-    rm -rf "$work/staged"
-    mkdir "$work/staged"
-    for package in "$packages"/*.ipk; do tar -xzOf "$package" ./data.tar.gz | tar -xpzC "$work/staged"; done
-    "$packaging/test/staged.sh" "$work/staged" "$device" "$repo"
+    local package staged=$run/staged
+    mkdir -p "$staged"
+    for package in "$packages"/*.ipk; do tar -xzOf "$package" ./data.tar.gz | tar -xpzC "$staged"; done
+    "$packaging/test/staged.sh" "$staged" "$device" "$repo"
     "$repo/dev/sandbox" "$packaging/test/init_test.sh" dash
     "$repo/dev/sandbox" "$packaging/test/init_test.sh" busybox sh
 }
 
 # In the sandbox /usr/bin holds the programs of the package, and the device's files are where qemu looks first.
 start_package() {
-    local root version
-    root=$(mktemp -d "$work/home.XXXXXX")
+    local root=$run/root version
+    mkdir -p "$root"
     unpack "$root"
     version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
     QEMU_LD_PREFIX=$root "$repo/dev/sandbox" --dir "$root/sandbox" --helpers "$root/usr/bin" \
         /usr/bin/python3 "$packaging/test/start.py" "$build" "$root/sandbox/rig" "$version"
-    rm -rf "$root"
 }

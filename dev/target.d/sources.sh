@@ -6,13 +6,13 @@
 
 apt_setup() {
     local apt=$work/apt mirror key='[signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]'
+    # shellcheck disable=SC2016 # apt's own words
+    mirror=$(APT_CONFIG='' apt-get indextargets --format '$(REPO_URI)' 'Origin: Debian' 'Release: bookworm' | head -n 1)
+    [ -n "$mirror" ] || die "apt knows no mirror of Debian 12; as root: apt-get update"
     export APT_CONFIG=$apt/conf
     [ -z "$(find "$apt/updated" -mmin -60 2>/dev/null)" ] || return 0 # older lists may name what the mirror has no more
     mkdir -p "$apt"/{lists/partial,archives/partial,state}
     touch "$apt/status"
-    mirror=$(sed -n 's/^URIs: *//p; s/^deb [^h]*\(http[^ ]*\).*/\1/p' \
-        /etc/apt/sources.list.d/debian.sources /etc/apt/sources.list 2>/dev/null | head -n 1 || true)
-    [ -n "$mirror" ] || die "no Debian mirror in /etc/apt/sources.list or sources.list.d/debian.sources"
     printf '%s\n' "deb-src $key $mirror bookworm main" "deb $key $mirror bookworm main" >"$apt/sources.list"
     cat >"$apt/conf" <<END
 APT::Architecture "arm64"; APT::Architectures { "arm64"; };

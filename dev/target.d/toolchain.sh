@@ -63,10 +63,11 @@ cxx_library() { # TOOLS SCRATCH
         --disable-multilib --disable-nls --disable-libstdcxx-pch --disable-shared --enable-static --with-pic \
         --disable-libstdcxx-verbose --disable-libstdcxx-filesystem-ts \
         CC="${cross}gcc" CXX="${cross}gcc" AR="${cross}ar" RANLIB="${cross}ranlib" AS="${cross}as" LD="${cross}ld" \
-        NM="${cross}nm" CFLAGS="-Os -ffunction-sections -fdata-sections" \
-        CXXFLAGS="-Os -ffunction-sections -fdata-sections"
+        NM="${cross}nm" CFLAGS="-Os -fPIC -ffunction-sections -fdata-sections" \
+        CXXFLAGS="-Os -fPIC -ffunction-sections -fdata-sections"
     # both are silently absent when the checks' programs do not link
-    grep -q "_GLIBCXX_HAS_GTHREADS 1" config.h && grep -q "HAVE_OPENAT 1" config.h
+    grep "_GLIBCXX_HAS_GTHREADS 1" config.h
+    grep "HAVE_OPENAT 1" config.h
     make -j"$jobs"
     make install
     rm -f "$tools"/lib/*.la "$tools"/lib/*.py
@@ -87,8 +88,12 @@ int main() {
     }
 }
 END
-    "$1/bin/aarch64-linux-musl-g++" -std=c++20 -static-libstdc++ "$2/try.cpp" -o "$2/try"
-    "$1/bin/aarch64-linux-musl-readelf" -lW "$2/try" | grep -q GNU_EH_FRAME
+    local kind
+    for kind in "-fPIE -pie" "-fPIC -shared -Wl,--whole-archive -lstdc++ -Wl,--no-whole-archive"; do
+        # shellcheck disable=SC2086 # options
+        "$1/bin/aarch64-linux-musl-g++" -std=c++20 -static-libstdc++ $kind "$2/try.cpp" -o "$2/try"
+        "$1/bin/aarch64-linux-musl-readelf" -lW "$2/try" | grep GNU_EH_FRAME
+    done
 }
 
 make_toolchain() { # PART SCRATCH, for keep

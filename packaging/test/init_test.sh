@@ -46,6 +46,7 @@ config broker 'broker'
 	option username 'SIM 1'
 	option password '$(touch /tmp/x) "*'
 	option ca_file '/etc/ssl/ca.pem'
+	option tls 'on'
 	option report_seconds '30'
 END
 check "a broker with TLS" "$(init "$@")" "$instance"$'
@@ -53,6 +54,7 @@ append_param\tenv\tTEBRA_SDK_BROKER=[2001:db8::1]:8883
 append_param\tenv\tTEBRA_SDK_USERNAME=SIM 1
 append_param\tenv\tTEBRA_SDK_PASSWORD=$(touch /tmp/x) "*
 append_param\tenv\tTEBRA_SDK_CAFILE=/etc/ssl/ca.pem
+append_param\tenv\tTEBRA_SDK_TLS=1
 append_param\tenv\tTEBRA_SDK_REPORT_SECONDS=30
 close_instance'
 check "a folder's own mode" "$(stat -c %a /apetc/rvxa)" 700

@@ -13,9 +13,10 @@ ROUTERS, OPERATORS = 8883, 8884
 
 
 class Broker(RigTest):
-    def start_example(self, *users):
+    def start_example(self, **users):
+        """The broker, with its users: {file: [name]}."""
         folder = self.rig.home
-        for name in ("mosquitto.conf", "acl"):
+        for name in ("mosquitto.conf", "routers.acl", "operators.acl"):
             (folder / name).write_text((EXAMPLE / name).read_text().replace("/etc/mosquitto", str(folder)))
         with open(folder / "mosquitto.conf", "a") as config:
             config.write("user root\n")
@@ -24,15 +25,17 @@ class Broker(RigTest):
                             "-nodes", "-subj", "/CN=broker", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
                             folder / key, "-out", folder / certificate], check=True, capture_output=True)
         (folder / "server.pem").write_bytes((folder / "ca.pem").read_bytes())
-        for number, user in enumerate(users):
-            subprocess.run(["mosquitto_passwd", *(["-c"] if number == 0 else []), "-b", folder / "passwd", user,
-                            f"secret of {user}"], check=True, capture_output=True)
+        for file, names in users.items():
+            (folder / file).touch(mode=0o600)
+            for name in names:
+                subprocess.run(["mosquitto_passwd", "-b", folder / file, name, f"secret of {name}"], check=True,
+                               capture_output=True)
         self.rig.start("broker", ["mosquitto", "-c", folder / "mosquitto.conf"])
         rig.wait_until("the broker", lambda: self.rig._accepts(ROUTERS) and self.rig._accepts(OPERATORS))
 
-    def client(self, program, user, *words, password=None):
+    def client(self, program, user, *words, password=None, port=None):
         """A command of the broker's own clients."""
-        port = OPERATORS if user == "operator" else ROUTERS
+        port = port or (OPERATORS if user == "operator" else ROUTERS)
         return [program, "-V", "mqttv5", "-h", "127.0.0.1", "-p", str(port), "--cafile", str(self.rig.home / "ca.pem"),
                 "-u", user, "-P", password or f"secret of {user}", *words]
 
@@ -42,14 +45,15 @@ class Broker(RigTest):
 
     def ask_as_operator(self, *words):
         environment = {**os.environ, "QVTK_BROKER_USERNAME": "operator", "QVTK_BROKER_PASSWORD": "secret of operator"}
-        return subprocess.run([rig.REPO / "dev/cloud", "--broker", f"127.0.0.1:{OPERATORS}", "--cafile", self.rig.home / "ca.pem", *words],
-                              env=environment, capture_output=True, text=True, timeout=2 * rig.LIMIT)
+        return subprocess.run([rig.REPO / "dev/cloud", "--broker", f"127.0.0.1:{OPERATORS}", "--cafile",
+                               self.rig.home / "ca.pem", *words], env=environment, capture_output=True, text=True, timeout=2 * rig.LIMIT)
 
     def test_a_router_reaches_its_own_topics_alone(self):
         self.rig.start_router()
         serial = self.rig.router("vrop.ftinfo")["sn"]
-        self.start_example("operator", serial, OTHER)
-        self.assertNotEqual(self.publish(serial, "t", "m", password="wrong"), 0)
+        self.start_example(routers=[serial, OTHER], operators=["operator"])
+        for user, other in (serial, {"password": "wrong"}), (serial, {"port": OPERATORS}), ("operator", {"port": ROUTERS}):
+            self.assertNotEqual(self.publish(user, "t", "m", **other), 0, (user, other))
         self.rig.start("qvtkd", [self.rig.build / "src/qvtkd"],
                        {**self.rig.environment, "TEBRA_SDK_BROKER": f"127.0.0.1:{ROUTERS}", "TEBRA_SDK_USERNAME": serial,
                         "TEBRA_SDK_PASSWORD": f"secret of {serial}", "TEBRA_SDK_CAFILE": str(self.rig.home / "ca.pem")})

@@ -17,7 +17,6 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
-using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 TEST(Backup, IsUploadedUnderANameOfItsOwnAndRemoved) {
@@ -151,8 +150,11 @@ TEST(CfgReport, FetchesAnswersAndThenRestores) {
     }
     fs::remove(URL_FILE);
     fs::create_directory(URL_FILE);
-    EXPECT_EQ(rig.call("cfgReport", request), R"(-1: 400 cfgReport {"urltxt":"failed"})");
-    EXPECT_TRUE(has_logged("fopen file:/tmp/url.txt fail"));
+    for (const std::string service : {"cfgReport", "remoteCfgExport", "uploadLog"}) {
+        EXPECT_EQ(rig.call(service, R"({"backupUrl":"u","uploadUrl":"u"})"),
+                  "-1: 400 " + service + R"( {"urltxt":"failed"})");
+        EXPECT_TRUE(has_logged("fopen file:/tmp/url.txt fail"));
+    }
 }
 
 // Each applies the document that was fetched for it, though daemon and bus restart meanwhile.

@@ -16,7 +16,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 // A router that differs from the home of home.json in everything that a backup could hold.

@@ -9,8 +9,6 @@
 
 namespace {
 
-using testing::IsEmpty;
-
 TEST(BadInput, ArgumentsThatAreMissingOrBrokenAreRefusedAndLongOnesFitTheEvent) {
     int events = 0;
     for (const property_row *row : rows_with(&property_row::set)) {
@@ -27,7 +25,7 @@ TEST(BadInput, ArgumentsThatAreMissingOrBrokenAreRefusedAndLongOnesFitTheEvent) 
         EXPECT_TRUE(has_logged("param is NULL"));
         EXPECT_EQ(set(row->name, good.substr(0, good.size() - 1)), -1);
         EXPECT_EQ(set(row->name, "{\"junk\":\"\xc3\x28\"," + good.substr(1)), -1);
-        EXPECT_THAT(rig.take(), IsEmpty());
+        EXPECT_THAT(rig.take(), testing::IsEmpty());
         EXPECT_EQ(set(row->name, good, std::string(300, 'i').c_str()), 0);
         const std::string last = rig.take().back();
         events += last.starts_with("{") && last.size() == 127;

@@ -35,8 +35,7 @@ TEST(Helpers, KeptEntryPointsSendTheirMessage) {
         get("ledStatus"); // serves what was only sent
         EXPECT_EQ(rig.writes(), writes);
     }
-    EXPECT_EQ(get_taskId(), -1); // deleted
-    EXPECT_EQ(update_taskId(), -1);
+    EXPECT_TRUE(get_taskId() == -1 && update_taskId() == -1) << "deleted";
 }
 
 // Names of every length with characters of 1 to 4 bytes at every place in front of the end.

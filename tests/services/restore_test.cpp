@@ -14,7 +14,6 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::Not;
 namespace fs = std::filesystem;
 
@@ -106,7 +105,7 @@ TEST(Restore, GivesAnotherRouterWhatTheDocumentCanHold) {
         EXPECT_EQ(values(home.router, KEPT), kept);
         for (const std::string &line : foreign)
             EXPECT_THAT(kept, Not(Contains(line)));
-        EXPECT_THAT(log_messages(), Not(Contains(HasSubstr("fail"))));
+        EXPECT_THAT(log_messages(), Not(Contains(testing::HasSubstr("fail"))));
     }
 }
 

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The parts of docs/cloud-api.md and api/asyncapi.yaml that are made from the schemas."""
 import json
+import os.path
+import re
 
 import contract
 import members
@@ -45,19 +47,43 @@ def table(*rows):
     return "\n".join(line.replace("|  |", "| |").replace("|  |", "| |") for line in lines) + "\n"
 
 
-def _merged(rows):
+def _merged(rows, together=", ".join):
     """Rows that differ in their first cell alone are one."""
     by_rest = {}
     for first, *rest in rows:
         firsts = by_rest.setdefault(tuple(rest), [])
         if first not in firsts:
             firsts.append(first)
-    return [[", ".join(firsts), *rest] for rest, firsts in by_rest.items()]
+    return [[together(firsts), *rest] for rest, firsts in by_rest.items()]
 
 
-def _own(path):
-    """The member's own name: where it stands is clear from the example."""
-    return path.rpartition(".")[2]
+def _path(row):
+    """Where the member stands, whatever is chosen above it."""
+    return re.sub(r" \(.*?\)", "", row.path)
+
+
+def _paths(paths):
+    """Paths in one cell: a star for members of many names, and no parent that the path before has."""
+    alike = {}
+    for path in paths:
+        name, _, rest = path.partition(".")
+        alike.setdefault((name[0], rest) if rest else path, []).append(path)
+    paths = [path for same in alike.values() for path in ([_starred(same)] if len(same) > 2 else same)]
+    parents = [""] + [path.rpartition(".")[0] for path in paths]
+    return ", ".join(path.removeprefix(f"{before}.") for path, before in zip(paths, parents))
+
+
+def _starred(paths):
+    tail = os.path.commonprefix([path[::-1] for path in paths])[::-1]
+    return f"{os.path.commonprefix(paths)}*{tail}"
+
+
+def _of_a_set(read, taken):
+    """What a set says otherwise of a member."""
+    said = [taken.type] if taken.type not in (read.type, "switch" if read.type == "boolean" else "") else []
+    if taken.meaning != read.meaning:
+        said.append(taken.meaning.removeprefix(read.meaning).lstrip(".; "))
+    return f". Set: {'; '.join(said)}" if said else ""
 
 
 def property_table(name):
@@ -69,23 +95,23 @@ def property_table(name):
     for row in members.members(schema, deep=False):
         taken = settable.pop(row.path, None)
         meaning = row.meaning
-        if taken and taken.meaning != meaning:
-            meaning = f"{meaning}. Set: {taken.meaning.removeprefix(meaning).lstrip('.; ')}"
-        rows.append([_own(row.path), row.type, ("required" if taken.required else "yes") if taken else "", meaning])
-    rows += [[_own(row.path), row.type, "required" if row.required else "yes", row.meaning] for row in settable.values()]
+        if taken:
+            meaning += _of_a_set(row, taken)
+        rows.append([_path(row), row.type, ("required" if taken.required else "yes") if taken else "", meaning])
+    rows += [[_path(row), row.type, "required" if row.required else "yes", row.meaning] for row in settable.values()]
     head = ["key", "type", "set", "meaning"]
     if not request:
         rows, head = [[path, kind, meaning] for path, kind, _, meaning in rows], ["key", "type", "meaning"]
-    return code(schema) + "\n" + table(head, *_merged(rows))
+    return code(schema) + "\n" + table(head, *_merged(rows, _paths))
 
 
 SET_APART = ("apDevices",)  # properties whose request is described apart from their document
 
 
 def members_table(schema):
-    rows = [[_own(row.path), row.type, row.meaning] for row in members.members(schema, deep=False)
+    rows = [[_path(row), row.type, row.meaning] for row in members.members(schema, deep=False)
             if row.meaning != "only read"]
-    return code(schema) + "\n" + table(["key", "type", "meaning"], *_merged(rows))
+    return code(schema) + "\n" + table(["key", "type", "meaning"], *_merged(rows, _paths))
 
 
 def _request_cell(name):
@@ -107,10 +133,13 @@ def services_table(*names):
         answer = contract.schema(f"services/{name}.answer")
         rows.append([name, _request_cell(name), answer["title"], f"`{_json(members.example(f'services/{name}.answer'))}`",
                      answer.get("x-refusals", "")])
-        for schema in (contract.request_schema("call", name), f"services/{name}.answer"):
-            if schema:
-                details += [[f"{name}: {row.path}", row.type, row.meaning]
-                            for row in members.members(schema, deep=False) if row.meaning]
+        asked = contract.request_schema("call", name)
+        asked = [row for row in members.members(asked, deep=False) if row.meaning] if asked else []
+        said = [row for row in members.members(f"services/{name}.answer", deep=False) if row.meaning]
+        details += [[f"{name}: {row.path}", row.type, row.meaning] for row in asked]
+        for row in said:
+            path = f"{row.path} (answer)" if row.path in [each.path for each in asked] else row.path
+            details.append([f"{name}: {path}", row.type, row.meaning])
     text = table(["service", "request", "does", "200", "else"], *rows)
     return text + ("\n" + table(["member", "type", "meaning"], *_merged(details)) if details else "")
 

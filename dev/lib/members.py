@@ -78,7 +78,7 @@ def _is_open(part, name, deep):
     if not deep and "shared/" in part.get("$ref", ""):
         return False
     full, _ = contract.resolve(part, name)
-    return _is_open(full["items"], name, True) if full.get("type") == "array" else "properties" in full
+    return _is_open(full["items"], name, deep) if full.get("type") == "array" else "properties" in full
 
 
 def _choices(part, key, name):

@@ -52,9 +52,7 @@ TEST(Text, MacAddresses) {
 }
 
 TEST(Text, TrailingBlanksAndCapitals) {
-    const std::pair<std::string, const char *> rows[] = {
-        {" a b \t\r\n", " a b"}, {"abc\v", "abc\v"}, {" \t\r\n", ""}, {"", ""}};
-    for (auto [text, stripped] : rows) {
+    for (auto [text, stripped] : {std::pair{std::string(" a b\v \t\r\n"), " a b\v"}, {" \t", ""}, {"", ""}}) {
         util_strip_blank_of_string_end(text.data());
         EXPECT_STREQ(text.c_str(), stripped);
     }

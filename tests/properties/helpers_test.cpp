@@ -1,12 +1,42 @@
 // SPDX-License-Identifier: Apache-2.0
-// The functions behind the Wi-Fi settings that need no daemon.
+// Functions that no slot of the property table calls by itself.
 #include <string>
 
-#include <gtest/gtest.h>
-
+#include "core/bus.h"
+#include "properties/mesh.h"
+#include "properties/property_rig.h"
+#include "properties/time_led.h"
+#include "properties/time_reboot.h"
 #include "properties/wifi_guest.h"
+#include "properties/wifi_radio.h"
 
 namespace {
+
+// What is kept for others to call sends what it is for.
+TEST(Helpers, KeptEntryPointsSendTheirMessage) {
+    const struct {
+        int (*call)();
+        Texts writes;
+    } kept[] = {
+        {start_mesh, {"vrop.mesh connect {}"}},
+        {[] { return set_wifi_wifi5Backup(1); }, {R"(vrop.wifi set {"wifi5backup":1})"}},
+        {[] { return set_wifi_use2_4gpwd(1); }, {R"(vrop.wifi set {"use2_4gpwd":1})"}},
+        {get_taskId, {}},
+        {update_taskId, {}},
+        {delete_timeReboot_config, {R"(vrop.timer delete {"action":"ToReboot","taskid":-1111})"}},
+        {delete_timeLed_config, {R"(vrop.timer delete {"action":"ToLedMode","taskid":-1111})"}},
+        {[] { return _ubus_call_async("vrop.mesh", "connect", nullptr); }, {"vrop.mesh connect {}"}},
+    };
+    PropertyRig rig(WITH_TASKS);
+    rig.router.set_state("/vrop.mesh/enable", "1");
+    for (const auto &[call, writes] : kept) {
+        rig.forget();
+        EXPECT_EQ(call(), 0);
+        get("ledStatus"); // serves what was only sent
+        EXPECT_EQ(rig.writes(), writes);
+    }
+    EXPECT_TRUE(get_taskId() == -1 && update_taskId() == -1) << "deleted";
+}
 
 // Names of every length with characters of 1 to 4 bytes at every place in front of the end.
 TEST(Helpers, GuestNamesAreCutBetweenCharacters) {

@@ -14,10 +14,7 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::StartsWith;
-using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 TEST(Backup, IsUploadedUnderANameOfItsOwnAndRemoved) {
@@ -102,7 +99,7 @@ TEST(Backup, IsNotMadeOfHalfARouter) {
     rig.router.add_fault({.kind = router::Fault::Kind::Absent, .object = "vrop.[mi][ep]*"}); // mesh and IPTV
     for (const char *passwd : {"\"no base64!\"", "\"YQBi\""}) { // the latter has a zero in it
         rig.router.set_state("/account/passwd", passwd);
-        EXPECT_THAT(rig.backup(), EndsWith(R"("UserPwdCfg":{"Username":"admin"}})"));
+        EXPECT_THAT(rig.backup(), testing::EndsWith(R"("UserPwdCfg":{"Username":"admin"}})"));
     }
 }
 
@@ -151,8 +148,11 @@ TEST(CfgReport, FetchesAnswersAndThenRestores) {
     }
     fs::remove(URL_FILE);
     fs::create_directory(URL_FILE);
-    EXPECT_EQ(rig.call("cfgReport", request), R"(-1: 400 cfgReport {"urltxt":"failed"})");
-    EXPECT_TRUE(has_logged("fopen file:/tmp/url.txt fail"));
+    for (const std::string service : {"cfgReport", "remoteCfgExport", "uploadLog"}) {
+        EXPECT_EQ(rig.call(service, R"({"backupUrl":"u","uploadUrl":"u"})"),
+                  "-1: 400 " + service + R"( {"urltxt":"failed"})");
+        EXPECT_TRUE(has_logged("fopen file:/tmp/url.txt fail"));
+    }
 }
 
 // Each applies the document that was fetched for it, though daemon and bus restart meanwhile.
@@ -221,7 +221,7 @@ TEST(RemoteCfgExport, ExportsBeforeItLooksAtItsRequest) {
     rig.router.add_fault(
         {.kind = router::Fault::Kind::Reply, .object = "vrop", .reply = R"({"result":"0"})"});
     fs::remove("/aptmp/cfg_export_config_file.conf"); // this daemon writes it elsewhere
-    EXPECT_THAT(rig.call("remoteCfgExport", request.c_str()), StartsWith(ok));
+    EXPECT_THAT(rig.call("remoteCfgExport", request.c_str()), testing::StartsWith(ok));
     EXPECT_THAT(text_of("/tmp/put"), HasSubstr(" /tmp/cfg_export_config_file.conf\n"));
     EXPECT_TRUE(has_logged("flag: 0"));
     rig.router.clear_faults();

@@ -137,20 +137,27 @@ std::string capture_request(const std::string &change) {
 
 struct RemoteCap : testing::Test {
     RemoteCap() {
-        // the capture's time passes no faster than packets come
-        moving_clock::on_pause([](moving_clock::Millis) { poll(nullptr, 0, 1); });
+        // the capture's time passes no faster than packets come, and not before another was asked for
+        moving_clock::on_pause([this](moving_clock::Millis) {
+            go.wait(false);
+            poll(nullptr, 0, 1);
+        });
     }
     std::string call(const std::string &change = "{}") {
         return rig.call("remoteCap", capture_request(change).c_str());
     }
     std::string capture(const std::string &packets, size_t expected, int seconds = 10) {
         put_tcpdump(packets);
+        go = false;
         EXPECT_EQ(call(R"({"filter":"-w /tmp/x `id`","time":)" + std::to_string(seconds) + "}"),
                   "0: 200 remoteCap {}");
         EXPECT_EQ(call(), "-1: 409 remoteCap {}");
+        go = true;
+        go.notify_all();
         EXPECT_TRUE(wait_for_log("capture ended, bytes:" + std::to_string(expected))) << main_log();
         return text_of(CAPTURE_FILE);
     }
+    std::atomic<bool> go = true;
     ServiceRig rig;
     HelperStub helper{"common_put_file"};
 };

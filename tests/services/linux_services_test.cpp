@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // What Linux tells of ports, hardware and disks, whatever its files hold.
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <sys/statvfs.h>
 
 #include <gmock/gmock.h>
 
@@ -10,6 +13,16 @@
 #include "services/hardware.h"
 #include "services/service_rig.h"
 #include "sim/router/hardware.h"
+
+static std::atomic<int> asked;
+static std::atomic<bool> hangs;
+extern "C" int __real_statvfs(const char *path, struct statvfs *disk);
+// A disk that answers when it no longer hangs.
+extern "C" int __wrap_statvfs(const char *path, struct statvfs *disk) {
+    asked++;
+    hangs.wait(true);
+    return __real_statvfs(path, disk);
+}
 
 namespace {
 
@@ -94,6 +107,19 @@ TEST(Disks, AreTheExternalOnesWithTheirRoom) {
     ASSERT_EQ(disks.size(), 2U);
     EXPECT_EQ(disks[1].device + " " + disks[1].path, "/dev/sdb ");
     EXPECT_EQ(disks[1].status, DISK_NOT_MOUNTED);
+}
+
+TEST(Disks, OneThatDoesNotAnswerIsAskedOnceAndHoldsNobody) {
+    ASSERT_TRUE(router::make_hardware());
+    const auto status = [] { return external_disks()[0].status; };
+    hangs = true;
+    auto other = std::async(std::launch::async, status);
+    EXPECT_EQ(status(), DISK_NOT_MOUNTED);
+    EXPECT_EQ(other.get(), DISK_NOT_MOUNTED);
+    EXPECT_EQ(asked, 1);
+    hangs = false;
+    hangs.notify_all();
+    EXPECT_EQ(status(), DISK_GOOD);
 }
 
 TEST(Disks, MountTableIsReadAsItIsWritten) {

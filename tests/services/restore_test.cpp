@@ -14,9 +14,7 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::Not;
-using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 // A router that differs from the home of home.json in everything that a backup could hold.
@@ -107,7 +105,7 @@ TEST(Restore, GivesAnotherRouterWhatTheDocumentCanHold) {
         EXPECT_EQ(values(home.router, KEPT), kept);
         for (const std::string &line : foreign)
             EXPECT_THAT(kept, Not(Contains(line)));
-        EXPECT_THAT(log_messages(), Not(Contains(HasSubstr("fail"))));
+        EXPECT_THAT(log_messages(), Not(Contains(testing::HasSubstr("fail"))));
     }
 }
 

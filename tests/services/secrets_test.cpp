@@ -93,6 +93,9 @@ TEST(LogUpload, SendsTheLogsWithoutSecretsAndLeavesNothing) {
     EXPECT_EQ(rig.call("uploadLog", R"({"uploadUrl":""})"), R"(-1: 400 uploadLog {"url":"failed"})");
     rig.call("uploadLog", request);
     EXPECT_FALSE(std::filesystem::exists("/tmp/sent/qvtk_tebra.log"));
+    script("tar", "exit 1");
+    EXPECT_EQ(rig.call("uploadLog", request), "-1: 400 uploadLog {}");
+    EXPECT_TRUE(has_logged("pack logs fail"));
 }
 
 } // namespace

@@ -12,6 +12,8 @@
 #include "support/router_rig.h"
 #include "support/text_file.h"
 
+using Texts = std::vector<std::string>;
+
 struct ServiceRig : RouterRig {
     // Starts the router from a merge patch of its home; set_flag is down.
     explicit ServiceRig(const std::string &patch = {});

@@ -199,8 +199,10 @@ TEST_F(RemoteCap, RefusesWhatIsNoCapture) {
           R"({"interface":"-D"})", R"({"interface":""})", R"({"uploadUrl":""})"})
         EXPECT_EQ(call(bad), refused) << bad;
     EXPECT_EQ(call(R"({"filter":")" + std::string(256, 'x') + "\"}"), refused);
+    const std::string longest(184, 'u'); // but for one byte: its event carries no more
+    EXPECT_EQ(call(R"({"url":")" + longest + R"(\""})"), refused);
     EXPECT_FALSE(fs::exists("/tmp/tcpdump.runs"));
-    EXPECT_EQ(call(R"({"filter":"bad"})"), refused);
+    EXPECT_EQ(call(R"({"filter":"bad","url":")" + longest + "u\"}"), refused);
     EXPECT_TRUE(has_logged("tcpdump refuses: syntax error"));
     std::ofstream("/usr/bin/tcpdump") << "#!/bin/sh\nexit 1\n";
     EXPECT_EQ(call(), refused); // it may not capture

@@ -62,6 +62,13 @@ Descriptor open_own_file(const char *path) {
     return file;
 }
 
+FileHandle open_own_stream(const char *path) {
+    Descriptor file = open_own_file(path);
+    FileHandle stream(file ? fdopen(file.get(), "r") : nullptr);
+    if (stream) (void)file.release();
+    return stream;
+}
+
 bool read_own_file(const char *path, size_t limit, std::string *content) {
     return read_descriptor(open_own_file(path), limit, content);
 }

@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/bus.h"
 #include "core/json_path.h"
 #include "core/report_gate.h"
+#include "properties/radio.h"
 #include "properties/restart.h"
-#include "properties/wifi_senior.h"
 #include "services/channel_scores.h"
 #include "services/members.h"
 #include "services/service.h"
@@ -79,12 +80,10 @@ ChannelScore best_of(const RadioChannels &channels) {
 }
 
 bool move_to(int cloud_radio, int channel, LogSite site) {
-    WifiSenior settings = {};
-    const int radio = radio_of(cloud_radio);
-    if (wifi_senior_config_get(radio, &settings) != 0 || settings.mode[0] == '\0') return false;
     announce_restart(INTERFACE);
-    settings.channel = channel;
-    const bool moved = wifi_senior_config_set(radio, &settings) == 0;
+    BusMessage message;
+    message.integer("channel", channel);
+    const bool moved = set_dev_info(radio_settings(radio_of(cloud_radio)), "set", message) == 0;
     LOG_AT(site, "radio:%d channel:%d %s", cloud_radio, channel, moved ? "ok" : "fail");
     return moved;
 }

@@ -29,6 +29,7 @@ constexpr unsigned CLOSING_PAUSE = 5; // seconds: into the next day
 void (*capture_round)() = nullptr;
 
 using Datagram = Text<256>;
+constexpr size_t QUOTED_NAME_MAX = 150; // leaves the datagram room for the rest
 
 long second_of_day() {
     struct tm now = local_time();
@@ -99,11 +100,11 @@ int online_report(const char *mac, const char *name) {
         LOG("param is NULL");
         return -1;
     }
-    // a client chooses its own name, so it is quoted rather than pasted
+    // a client chooses its own name, so it is quoted rather than pasted, and cut to what has room
     Datagram datagram = {};
     snprintf(datagram.text, sizeof datagram.text,
              "{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}%s", mac,
-             JsonQuote(name).c_str(), static_cast<int>(now_seconds()), "");
+             JsonQuote(name, QUOTED_NAME_MAX).c_str(), static_cast<int>(now_seconds()), "");
     udp_send_data(datagram.text, sizeof datagram.text);
     return 0;
 }

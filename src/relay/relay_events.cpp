@@ -88,9 +88,12 @@ int device_connect(json_object *event) {
         return -5;
     }
     LOG("mac:%s", mac);
-    auto body =
-        format_text<EVENT_BODY>("{\"mac\":%s, \"name\": %s, \"time\": %ld}", JsonQuote(mac).c_str(),
-                                JsonQuote(name).c_str(), static_cast<long>(JsonGetInt64(event, "time")));
+    const auto body_with = [&](const std::string &quoted_name) {
+        return format_text<EVENT_BODY>("{\"mac\":%s, \"name\": %s, \"time\": %ld}", JsonQuote(mac).c_str(),
+                                       quoted_name.c_str(), static_cast<long>(JsonGetInt64(event, "time")));
+    };
+    const size_t room = EVENT_BODY - 1 - strlen(body_with("").text);
+    const auto body = body_with(JsonQuote(name, room));
     printf("TEBRA_SDK_PostEvent[deviceConnet]: %s\n", body.text);
     TEBRA_SDK_PostEvent("deviceConnet", body.text); // the cloud expects it spelled so
     return 0;

@@ -30,6 +30,11 @@ std::string tv(unsigned number, int uptime) {
     return format_text<96>(R"({"mac":"02a0c9%06x","devname":"tv","uptime":%d})", number, uptime).text;
 }
 
+// A name of control characters, as JSON writes them.
+std::string controls(int count) {
+    return count == 0 ? "" : "\\u0001" + controls(count - 1);
+}
+
 class Runtime : public testing::Test {
   protected:
     int poll(const std::string &stations) {
@@ -61,16 +66,19 @@ TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
     std::ofstream(TODAY)
         << R"([{"mac":"02:A0:C9:00:00:07","onlineNotice":0},{"mac":"02:A0:C9:00:00:08","onlineNotice":1}])";
     const std::string stations = tv(7, 1) + R"(,{"mac":"02a0c9000009","devname":"phone \"9\"","uptime":1},)" +
-                                 tv(1, 85) +
+                                 R"({"mac":"02a0c9000006","devname":")" + controls(127) +
+                                 R"(","uptime":1},)" + tv(1, 85) +
                                  R"(,{"mac":"02a0c9000008","devname":"Anna's / tablet","uptime":3})";
     poll(stations);
     EXPECT_THAT(
         relay.take(),
         ElementsAre(R"({"action": "deviceConnect", "mac": "02a0c9000008", "devName": "Anna's / tablet", )"
                     R"("time": 1714550402})",
+                    R"({"action": "deviceConnect", "mac": "02a0c9000006", "devName": ")" + controls(24) +
+                        R"(", "time": 1714550404})",
                     R"({"action": "deviceConnect", "mac": "02a0c9000009", "devName": "phone \"9\"", )"
-                    R"("time": 1714550404})"));
-    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000, 2000, 2000));
+                    R"("time": 1714550406})"));
+    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000, 2000, 2000, 2000));
     poll(stations);
     EXPECT_THAT(relay.take(), IsEmpty());
 }

@@ -47,6 +47,7 @@ int integer_or(json_object *request, const char *key, int otherwise) {
 
 // Raises set_flag before its parameters are parsed, and a parse that fails leaves it up.
 ServiceAnswer measure_download(const ServiceRequest &request) {
+    const ReportsHeld held; // also against another service that lowers the flag
     char url[128];
     copy_text(url, request_text(request.json, "url"));
     if (url[0] == '\0') copy_text(url, DEFAULT_DOWNLOAD);

@@ -5,12 +5,14 @@
 #include <fstream>
 #include <poll.h>
 #include <set>
+#include <thread>
 
 #include "core/registration.h"
 #include "services/capture.h"
 #include "services/packet_file.h"
 #include "services/remote_capture.h"
 #include "services/service_rig.h"
+#include "services/url_file.h"
 #include "sim/router/hardware.h"
 #include "support/event_catcher.h"
 #include "support/helper_stub.h"
@@ -171,6 +173,10 @@ TEST_F(RemoteCap, IsWholeSentOnceAndRemoved) {
         EXPECT_EQ(fs::status(CAPTURE_FILE).permissions(), fs::perms::owner_read | fs::perms::owner_write);
         EXPECT_FALSE(fs::exists("/aptmp/qvtk_capture.draft"));
         EXPECT_EQ(call(), "-1: 409 remoteCap {}"); // its file is still to be sent
+        {
+            const UrlFile another("https://h/other", LogSite::here());
+            std::thread(capture_round).join(); // leaves it for the next round
+        }
         capture_round();
         capture_round();
         EXPECT_EQ(helper.take_runs(), std::string(CAPTURE_FILE) + "\n");

@@ -16,7 +16,7 @@ namespace {
 constexpr char OBJECT[] = "vrop.mesh";
 
 std::mutex topology_lock;
-char last_sent[16384];
+char last_sent[10240];
 
 // Moves the devices of these stations into a node; an empty list where there are none.
 void add_devices(json_object *node, json_object *stations) {

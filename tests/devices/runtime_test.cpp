@@ -25,9 +25,11 @@ using testing::IsEmpty;
 constexpr char TODAY[] = "/aptmp/client_runTime.log";
 constexpr char LAST_DAY[] = "/aptmp/runTime_oneDay.log";
 
-// One client "tv" in the router's list.
-std::string tv(unsigned number, int uptime) {
-    return format_text<96>(R"({"mac":"02a0c9%06x","devname":"tv","uptime":%d})", number, uptime).text;
+// One client in the router's list.
+std::string tv(unsigned number, int uptime, const std::string &name = "tv") {
+    return format_text<256>(R"({"mac":"02a0c9%06x","devname":"%s","uptime":%d})", number, name.c_str(),
+                            uptime)
+        .text;
 }
 
 // A name of control characters, as JSON writes them.
@@ -126,6 +128,14 @@ TEST_F(Runtime, ListsOfAnySize) {
         EXPECT_EQ(has_logged("get backup obj fail"), !comparable);
         EXPECT_THAT(relay.take(), IsEmpty());
     }
+    clear_backupSta();
+    std::string long_names = tv(0, 100);
+    for (unsigned i = 1; i < 128; i++)
+        long_names += "," + tv(i, 100, std::string(127, 'n'));
+    poll(long_names);
+    JsonRoot file(json_tokener_parse(text_of(TODAY).c_str())); // without those that have no room
+    EXPECT_EQ(json_object_get_type(file.get()), json_type_array);
+    EXPECT_GT(text_of(TODAY).size(), 16000U);
 }
 
 TEST_F(Runtime, NoListChangesNothing) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <strings.h>
+#include <utility>
 
 #include "core/json_path.h"
 #include "core/log.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The poll of the clients: who came and who went since the last one.
 #include <cstring>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/clock.h"
@@ -32,12 +33,11 @@ void add_station(json_object *list, json_object *listed) {
     copy_text(station.mac, mac);
     copy_text(station.name, station_name(listed));
     JsonRoot element(json_object_new_object());
-    if (!element) return;
     JsonSetStr(element.get(), nullptr, "mac", station.mac);
     JsonSetStr(element.get(), nullptr, "ip", JsonGetStr(listed, "ipaddr"));
     JsonSetStr(element.get(), nullptr, "name", station.name);
     JsonSetInt64(element.get(), nullptr, "onlineTime", uptime);
-    json_object_array_add(list, element.release());
+    JsonAppend(list, std::move(element));
 }
 
 JsonRoot get_staList_config() {

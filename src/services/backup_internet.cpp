@@ -2,6 +2,7 @@
 // The reading side of the way to the Internet.
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/text.h"

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/json_path.h"
@@ -110,8 +111,7 @@ int get_backupIptv_config(json_object *document) {
         read_request(IPTV_PORT, json_object_array_get_idx(ports, i), &port);
         JsonRoot element(json_object_new_object());
         if (!element || add_rows(IPTV_PORT, &port, element.get()) != 0) return -1;
-        if (json_object_array_add(list.get(), element.get()) != 0) return -1;
-        static_cast<void>(element.release()); // the list's now
+        if (JsonAppend(list.get(), std::move(element)) == 0) return -1;
     }
     JsonRoot section(json_object_new_object());
     if (add_section(section.get(), IPTV_LIST, std::move(list)) != 0) return -1;

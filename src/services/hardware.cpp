@@ -8,6 +8,7 @@
 #include <cstring>
 #include <sys/statvfs.h>
 #include <unistd.h>
+#include <utility>
 
 #include "core/clock.h"
 #include "core/files.h"
@@ -31,17 +32,17 @@ std::string proc_text(const char *path) {
 }
 
 // What is no number of JSON counts as 0.
-json_object *decimal(double value) {
+JsonRoot decimal(double value) {
     if (!std::isfinite(value)) value = 0;
-    return json_object_new_double_s(value, format_text<32>("%.2f", value).text);
+    return JsonRoot(json_object_new_double_s(value, format_text<32>("%.2f", value).text));
 }
 
-json_object *load_array() {
+JsonRoot load_array() {
     double load[3] = {};
     sscanf(first_line("/proc/loadavg").c_str(), "%lf %lf %lf", &load[0], &load[1], &load[2]);
-    json_object *array = json_object_new_array();
+    JsonRoot array(json_object_new_array());
     for (double value : load)
-        json_object_array_add(array, decimal(value));
+        JsonAppend(array.get(), decimal(value));
     return array;
 }
 
@@ -71,16 +72,17 @@ void add_flash(json_object *document) {
 
 void add_temperatures(json_object *document) {
     constexpr double MILLIS = 1000.0;
-    json_object *list = json_object_new_array();
+    JsonRoot list(json_object_new_array());
     for (const std::string &zone : folder_names(ZONES)) {
         const std::string reading = first_line(ZONES + zone + "/temp");
         if (zone.rfind("thermal_zone", 0) != 0 || reading.empty()) continue;
-        json_object *entry = json_object_new_object();
-        JsonSetStr(entry, nullptr, "name", first_line(ZONES + zone + "/type").c_str());
-        JsonSetObj(entry, nullptr, "celsius", decimal(static_cast<double>(line_number(reading, 0)) / MILLIS));
-        json_object_array_add(list, entry);
+        JsonRoot entry(json_object_new_object());
+        JsonSetStr(entry.get(), nullptr, "name", first_line(ZONES + zone + "/type").c_str());
+        JsonSetObj(entry.get(), nullptr, "celsius",
+                   decimal(static_cast<double>(line_number(reading, 0)) / MILLIS));
+        JsonAppend(list.get(), std::move(entry));
     }
-    JsonSetObj(document, nullptr, "temperatures", list);
+    JsonSetObj(document, nullptr, "temperatures", std::move(list));
 }
 
 ServiceAnswer describe(const ServiceRequest &) {
@@ -90,7 +92,7 @@ ServiceAnswer describe(const ServiceRequest &) {
     add_flash(document.get());
     add_temperatures(document.get());
     JsonSetInt64(document.get(), nullptr, "uptime", line_number(first_line("/proc/uptime"), 0));
-    return answer_with(JsonPlainText(document.get()));
+    return answer_with(document);
 }
 
 constexpr Service PHYSICS_INFO = {.name = "physicsInfo", .entry = "physics_info_call ...\n"};

@@ -8,6 +8,7 @@
 #include <net/if.h>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 #include "core/clock.h"
 #include "core/files.h"

@@ -39,6 +39,16 @@ ServiceAnswer answer_done() {
     return answer_with("{}");
 }
 
+ServiceAnswer answer_with(const JsonRoot &document) {
+    return answer_with(JsonPlainText(document.get()));
+}
+
+ServiceAnswer answer_with_list(const char *name, JsonRoot list) {
+    const JsonRoot document(json_object_new_object());
+    JsonSetObj(document.get(), nullptr, name, std::move(list));
+    return answer_with(document);
+}
+
 ServiceAnswer answer_failed(std::string body, int result, int code) {
     return {code, std::move(body), result};
 }

@@ -65,8 +65,10 @@ inline constexpr int SERVICE_OK = 200;
 inline constexpr int SERVICE_FAILED = 400;
 inline constexpr int SERVICE_WRONG_PASSWORD = 402;
 
-ServiceAnswer answer_with(std::string body, int result = 0); // 200
-ServiceAnswer answer_done();                                 // 200 "{}"
+ServiceAnswer answer_with(std::string body, int result = 0);     // 200
+ServiceAnswer answer_done();                                     // 200 "{}"
+ServiceAnswer answer_with(const JsonRoot &document);             // 200 and its text
+ServiceAnswer answer_with_list(const char *name, JsonRoot list); // 200 {name: list}
 // A failure: 400 unless another code is named.
 ServiceAnswer answer_failed(std::string body = "{}", int result = -1, int code = SERVICE_FAILED);
 ServiceAnswer no_answer(int result = -1);

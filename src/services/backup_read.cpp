@@ -92,12 +92,9 @@ int get_backupWeb_config(json_object *document) {
     json_object *reply = get_dev_info("vrop.devinfo", "getaccount", &root);
     if (reply == nullptr) return -1;
     BackupAccount account;
-    read_daemon(USERNAME, reply, &account);
+    read_daemon(ACCOUNT_ROWS, reply, &account);
     decode_password(_json_get_str(reply, "passwd"), &account);
-    JsonRoot section(json_object_new_object());
-    if (!section || add_rows(USERNAME, &account, section.get()) != 0) return -1;
-    if (add_rows(PASSWORD, &account, section.get()) != 0) return -1;
-    return add_section(document, ACCOUNT, std::move(section));
+    return add_record(document, ACCOUNT, ACCOUNT_ROWS, &account);
 }
 
 int get_backupIptv_config(json_object *document) {

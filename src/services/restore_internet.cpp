@@ -47,7 +47,7 @@ void add_address4(const BackupInternet &internet, BusMessage *message) {
 }
 
 void add_address6(const BackupInternet &internet, BusMessage *message) {
-    message->text("ipv6type", source6_text(BACKUP_SOURCE_STATIC));
+    message->text("ipv6type", SOURCES6[BACKUP_SOURCE_STATIC]);
     for (Fields rows : {Fields(ADDRESS6), Fields(DNS6_SOURCE), Fields(DNS6), Fields(PREFIX_SOURCE)})
         write_given_message(rows, &internet, message);
     const bool delegated = *internet.prefix_delegation != '\0';

@@ -41,9 +41,7 @@ int set_apDevice_name(const char *name, const char *mac) {
     if (is_missing(name != nullptr ? mac : nullptr)) return -1;
     BusMessage message;
     message.text("mac", mac).text("devname", name);
-    const int result = set_dev_info(STATION, "set", message);
-    if (result != 0) LOG("modify name fail");
-    return result;
+    return set_or_log(STATION, "set", message, "modify name fail");
 }
 
 int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
@@ -53,9 +51,7 @@ int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
     if (limit.downSpeed != 0 && limit.downSpeed != -1) message.integer("dsbandwidth", limit.downSpeed);
     if (limit.upSpeed != 0 && limit.upSpeed != -1) message.integer("usbandwidth", limit.upSpeed);
     message.text("mac", mac);
-    const int result = set_dev_info(STATION, "set", message);
-    if (result != 0) LOG("set limit speed fail");
-    return result;
+    return set_or_log(STATION, "set", message, "set limit speed fail");
 }
 
 int set_disconnectInfo(int32_t disconnect, const char *mac, const char *name) {

@@ -46,9 +46,7 @@ int restore_iptv(const BackupIptv &iptv) {
 int restore_mesh(const BackupMesh &mesh) {
     BusMessage message;
     if (write_given_message(MESH_RESTORE, &mesh, &message) == 0) return 0;
-    if (set_dev_info("vrop.mesh", "set", message) == 0) return 0;
-    LOG("start mesh fail");
-    return -1;
+    return set_or_log("vrop.mesh", "set", message, "start mesh fail");
 }
 
 int restore_account(const BackupAccount &account) {
@@ -68,7 +66,5 @@ int restore_account(const BackupAccount &account) {
     message.text("user", *account.username != '\0' ? account.username : _json_get_str(present, "user"))
         .text("oldpasswd", _json_get_str(present, "passwd")) // in Base64 already
         .text("newpasswd", encoded);
-    if (set_dev_info("vrop.devinfo", "setaccount", message) == 0) return 0;
-    LOG("change passwd fail");
-    return -1;
+    return set_or_log("vrop.devinfo", "setaccount", message, "change passwd fail");
 }

@@ -6,7 +6,6 @@
 #include "core/clock.h"
 #include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
 #include "core/thread.h"
 #include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
@@ -26,9 +25,8 @@ constexpr long DAY = 86400;
 constexpr unsigned ROUNDS_PER_POLL = 25;
 constexpr unsigned CLOSING_PAUSE = 5; // seconds: into the next day
 
-void (*capture_round)() = nullptr;
+void (*further_work)() = nullptr; // of each round
 
-using Datagram = Text<256>;
 constexpr size_t QUOTED_NAME_MAX = 150; // leaves the datagram room for the rest
 
 long second_of_day() {
@@ -67,7 +65,7 @@ void nightly_round(StaStatusState *state, long second) {
 } // namespace
 
 void set_capture_round(void (*round)()) {
-    capture_round = round;
+    further_work = round;
 }
 
 StaStatusState sta_status_start(unsigned seed) {
@@ -78,7 +76,7 @@ void check_staStatus_round(StaStatusState *state) {
     follow_clock();
     const long second = second_of_day();
     if (state->round++ % ROUNDS_PER_POLL == 0) check_staList();
-    if (capture_round) capture_round();
+    if (further_work) further_work();
     nightly_round(state, second);
 }
 
@@ -101,11 +99,8 @@ int online_report(const char *mac, const char *name) {
         return -1;
     }
     // a client chooses its own name, so it is quoted rather than pasted, and cut to what has room
-    Datagram datagram = {};
-    snprintf(datagram.text, sizeof datagram.text,
-             "{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}%s", mac,
-             JsonQuote(name, QUOTED_NAME_MAX).c_str(), static_cast<int>(now_seconds()), "");
-    udp_send_data(datagram.text, sizeof datagram.text);
+    send_event<256>("{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}", mac,
+                    JsonQuote(name, QUOTED_NAME_MAX).c_str(), static_cast<int>(now_seconds()));
     return 0;
 }
 

@@ -32,7 +32,6 @@ constexpr unsigned LOOK_MILLIS = 100; // between two looks at what has come
 constexpr unsigned END_LOOKS = 30;    // for tcpdump to end by itself
 constexpr int CHECK_MILLIS = 10000;   // for tcpdump to look up the names in a filter
 constexpr int FAIL_MILLIS = 500;      // within which tcpdump ends that may not capture
-constexpr int ANOTHER_AT_WORK = 409;
 
 std::atomic<bool> at_work;
 
@@ -149,11 +148,11 @@ ServiceAnswer capture_packets(const ServiceRequest &request) {
         LOG_AT(request.site, "capture is refused");
         return answer_failed();
     }
-    if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
+    if (at_work.exchange(true)) return answer_failed("{}", -1, SERVICE_BUSY);
     const bool pending = capture_is_pending();
     if (!pending && start_capture(std::move(capture), request.site)) return answer_done();
     at_work = false;
-    return pending ? answer_failed("{}", -1, ANOTHER_AT_WORK) : answer_failed();
+    return pending ? answer_failed("{}", -1, SERVICE_BUSY) : answer_failed();
 }
 
 constexpr Service REMOTE_CAP = {.name = "remoteCap",

@@ -64,6 +64,7 @@ struct ServiceAnswer {
 inline constexpr int SERVICE_OK = 200;
 inline constexpr int SERVICE_FAILED = 400;
 inline constexpr int SERVICE_WRONG_PASSWORD = 402;
+inline constexpr int SERVICE_BUSY = 409; // with the same work for another request
 
 ServiceAnswer answer_with(std::string body, int result = 0);     // 200
 ServiceAnswer answer_done();                                     // 200 "{}"
@@ -86,9 +87,3 @@ using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 
 // One call from entry to answer. Returns what the handler returns. Any thread; blocks while the work does.
 int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site = LogSite::here());
-
-// The parameters' part of serve, for work that does something before it looks at them (Parameters::unread in
-// its Service, and the request's text). True, and the request (null for none) in
-// *json; false, after having logged why, for what is refused.
-bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
-                     LogSite site);

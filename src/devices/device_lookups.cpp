@@ -8,11 +8,11 @@
 
 #include "core/json_path.h"
 #include "core/log.h"
+#include "properties/radio.h"
 
 namespace {
 
 constexpr char PARENTAL[] = "vrop.parent.control";
-constexpr size_t GUEST_NETWORK = 2; // its place in a radio's list
 constexpr size_t SSID_MAX = 127;
 
 int parental_switch(const char *mac, const char *name, const BusReplies &replies, LogSite site) {
@@ -55,7 +55,7 @@ int get_guest_status(const char *ssid, const char *radio, const BusReplies &repl
     }
     json_object *networks = replies.whole(slow ? "vrop.wifi.1.ap" : "vrop.wifi.2.ap", "list");
     if (!json_object_is_type(networks, json_type_array)) return -1;
-    const char *guest = JsonGetStr(json_object_array_get_idx(networks, GUEST_NETWORK), "ssid");
+    const char *guest = JsonGetStr(json_object_array_get_idx(networks, GUEST_INDEX), "ssid");
     return guest && std::string(guest, strnlen(guest, SSID_MAX)) == ssid ? 0 : -1;
 }
 

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -15,6 +14,7 @@
 #include "core/folder.h"
 #include "core/json_path.h"
 #include "core/text.h"
+#include "services/disk_space.h"
 #include "services/service.h"
 
 namespace {
@@ -24,7 +24,6 @@ constexpr size_t PROC_MAX = 64 * 1024;
 constexpr char ZONES[] = "/sys/class/thermal/";
 constexpr const char *FLASH_FOLDERS[] = {"/overlay",
                                          "/apetc"}; // where settings are kept, the first that there is
-constexpr size_t KIB = 1024;
 
 std::string proc_text(const char *path) {
     std::string text;
@@ -62,12 +61,11 @@ void add_memory(json_object *document) {
 }
 
 void add_flash(json_object *document) {
-    struct statvfs flash = {};
+    std::optional<DiskSpace> flash;
     for (const char *folder : FLASH_FOLDERS)
-        if (statvfs(folder, &flash) == 0) break;
-    const unsigned long long block = flash.f_frsize;
-    JsonSetInt64(document, "flash", "total", static_cast<int64_t>(flash.f_blocks * block / KIB));
-    JsonSetInt64(document, "flash", "free", static_cast<int64_t>(flash.f_bavail * block / KIB));
+        if ((flash = own_disk_space(folder))) break;
+    JsonSetInt64(document, "flash", "total", flash ? flash->total : 0);
+    JsonSetInt64(document, "flash", "free", flash ? flash->free : 0);
 }
 
 void add_temperatures(json_object *document) {

@@ -8,6 +8,7 @@
 #include "core/json_path.h"
 #include "devices/device_lookups.h"
 #include "devices/station.h"
+#include "properties/radio.h"
 #include "services/members.h"
 #include "services/service.h"
 
@@ -16,7 +17,6 @@ namespace {
 constexpr size_t LONGEST_MAC = 17; // twelve digits and five colons
 constexpr size_t MAC_DIGITS = 12;
 constexpr int GOOD_FROM = -65, FAIR_FROM = -75; // dBm
-constexpr int JOINED_2G = 1, JOINED_5G = 2;     // of get_joinWay, and the cloud's radios too
 
 // The digits of a MAC in small letters; "" when it is none.
 std::string digits_of(const std::string &mac) {
@@ -37,8 +37,8 @@ int quality_of(int rssi) {
 // The station's object; null for one that no radio hears.
 JsonRoot quality_object(json_object *station) {
     int32_t rssi = 0;
-    const int radio = get_joinWay(JsonGetStr(station, "radio"));
-    const bool wireless = radio == JOINED_2G || radio == JOINED_5G;
+    const int radio = get_joinWay(JsonGetStr(station, "radio")); // the cloud counts radios so too
+    const bool wireless = radio == CLOUD_RADIO_2G || radio == CLOUD_RADIO_5G;
     if (!wireless || JsonGetInt64(station, "active") != 1 || !JsonReadInt(station, "rssi", &rssi))
         return nullptr;
     JsonRoot entry(json_object_new_object());

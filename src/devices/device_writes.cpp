@@ -3,9 +3,8 @@
 
 #include "core/bus.h"
 #include "core/clock.h"
-#include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
+#include "devices/bus_replies.h"
 
 namespace {
 
@@ -26,16 +25,6 @@ int32_t disconnect_seconds(int32_t code) {
 }
 
 } // namespace
-
-int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
-    copy_text(name, size, "");
-    if (is_missing(mac)) return -1;
-    json_object *station = replies.of_device(STATION, mac);
-    if (station == nullptr) return -1;
-    const char *given = _json_get_str(station, "devname");
-    copy_text(name, size, given[0] != '\0' ? given : _json_get_str(station, "hostname"));
-    return 0;
-}
 
 int set_apDevice_name(const char *name, const char *mac) {
     if (is_missing(name != nullptr ? mac : nullptr)) return -1;

@@ -9,6 +9,8 @@
 #include "core/thread.h"
 #include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
+#include "devices/runtime_list.h"
+#include "devices/station_list.h"
 #include "https/helper_program.h"
 #include "relay/event_client.h"
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The runtime file of today and the day file that is made of it.
+#include "devices/runtime_list.h"
+
 #include <cinttypes>
 #include <utility>
 
@@ -9,7 +10,6 @@
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
-#include "devices/runtime.h"
 #include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
 #include "devices/station.h"

@@ -5,7 +5,7 @@
 
 #include "core/handles.h"
 #include "core/json_path.h"
-#include "devices/runtime.h"
+#include "devices/runtime_list.h"
 #include "https/helper_requests.h"
 
 namespace {

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The poll of the clients: who came and who went since the last one.
+#include "devices/station_list.h"
+
 #include <cstring>
 #include <utility>
 
-#include "core/bus.h"
 #include "core/clock.h"
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
 #include "devices/runtime.h"
+#include "devices/runtime_list.h"
 #include "devices/station.h"
 
 namespace {
@@ -101,18 +102,6 @@ bool close_departures(json_object *list, json_object *backup) {
 }
 
 } // namespace
-
-json_object *get_station_array(JsonRoot *root) {
-    json_object *stations = get_dev_info("vrop.laninfo", "list", root);
-    if (json_object_is_type(stations, json_type_array)) return stations;
-    LOG("get laninfo list fail");
-    return nullptr;
-}
-
-const char *station_name(json_object *station) {
-    const char *name = JsonGetStr(station, "devname");
-    return name && name[0] != '\0' ? name : JsonGetStr(station, "hostname");
-}
 
 int check_staList() {
     JsonRoot list = get_staList_config();

@@ -9,7 +9,6 @@
 // ended.
 int tuningBackupCfg_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 int cfgReport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
-int remoteCfgExport_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 
 // Where a backup waits for its upload: "/tmp/MODEL_MAC_TIME.config", cut to size - 1 characters. A model's
 // characters other than ASCII letters, digits, "+", "-" and "." become "-", and so does a dot in front. 0; -1
@@ -22,6 +21,3 @@ void cfgReport_progress(int percent);
 // Starts the restore on a thread of its own. 0, or -1 when there is no thread.
 int cfgReport_threadStart();
 void *cfgReport_proc(void *); // the thread's body
-
-// 1 when the file exists, else 0; logged as well.
-int file_exists_container_flag(const char *path);

@@ -11,6 +11,8 @@
 #include "core/handles.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
+#include "devices/runtime_list.h"
+#include "devices/station_list.h"
 #include "support/event_catcher.h"
 #include "support/helper_stub.h"
 #include "support/moving_clock.h"

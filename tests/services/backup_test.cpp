@@ -7,6 +7,7 @@
 
 #include "services/backup_read.h"
 #include "services/backup_services.h"
+#include "services/config_export.h"
 #include "services/service_rig.h"
 #include "services/url_file.h"
 #include "support/event_catcher.h"

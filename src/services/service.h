@@ -4,6 +4,8 @@
 // answered, and the answer is sent here and nowhere else, so that there is never none by accident nor a
 // second.
 //
+// A request that is JSON and no object is answered 400 "{}" by all of them.
+//
 // Threads: the SDK calls handlers from several threads at once, the same one too. What a handler's work
 // shares with others it guards itself.
 #pragma once

@@ -10,10 +10,10 @@ int nat_call(uint32_t handle, uint32_t id, void *, void *, const char *parameter
 // 200 {"networkStatus", "hcdnRegister"}: the WAN is connected, the storage service is registered. 400 "{}",
 // or no answer, without memory.
 int connectCheck_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
-// Request {"times", "testUrl"}: how many pings, of a second each, are waited for; a host of at most 127 bytes.
-// 200 {"loss", "relay"}: percent, and the average delay in milliseconds as a text. 400 "{}" when a member is
-// missing, the daemon refuses or leaves no result; no answer to null or what is no JSON. Blocks for `times`
-// seconds and one more, 601 at most.
+// Request {"times", "testUrl"}: how many pings, of a second each, are waited for; a host of at most 127
+// bytes. 200 {"loss", "relay"}: percent, and the average delay in milliseconds as a text. 400 "{}" when a
+// member is missing, the daemon refuses or leaves no result; no answer to null or what is no JSON. Blocks for
+// `times` seconds and one more, 601 at most.
 int ping_test_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 // Request {"testUrl", "dnsTimeout"}: a host of at most 127 bytes, milliseconds (100); both may be absent, and
 // the text empty. 200 {"isIpv6", "dnsStatus"}, see get_ipv6_status and get_dnsDelay; no answer to null or

@@ -190,10 +190,10 @@ json_object *get_meshApDevice_config(json_object *stations) {
         return nullptr;
     }
     std::lock_guard lock(apdevice_mutex);
-    return mesh_devices(stations, {}).release();
+    return get_meshApDevice_config(stations, {}).release();
 }
 
-JsonRoot mesh_devices(json_object *stations, const BusReplies &replies) {
+JsonRoot get_meshApDevice_config(json_object *stations, const BusReplies &replies) {
     JsonRoot list = new_list();
     if (!list) return list;
     Build build = {.with_online_time = true, .replies = replies};

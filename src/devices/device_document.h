@@ -33,4 +33,4 @@ json_object *get_apDevice_config(int mode);
 // the caller. Null for a null argument or without memory. Takes apdevice_mutex. Any thread.
 json_object *get_meshApDevice_config(json_object *stations);
 // One of several such lists, all of the same replies. The caller holds apdevice_mutex.
-JsonRoot mesh_devices(json_object *stations, const BusReplies &replies);
+JsonRoot get_meshApDevice_config(json_object *stations, const BusReplies &replies);

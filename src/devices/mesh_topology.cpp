@@ -21,7 +21,7 @@ char last_sent[10240];
 void add_devices(json_object *node, json_object *stations, const BusReplies &replies) {
     const bool listed = json_object_is_type(stations, json_type_array);
     JsonSetObj(node, nullptr, "apDevices",
-               listed ? mesh_devices(stations, replies) : JsonRoot(json_object_new_array()));
+               listed ? get_meshApDevice_config(stations, replies) : JsonRoot(json_object_new_array()));
 }
 
 const char *link_of(json_object *node) {

@@ -12,7 +12,7 @@
 #include "core/files.h"
 #include "core/handles.h"
 #include "devices/device_document.h"
-#include "devices/runtime.h"
+#include "devices/station_list.h"
 #include "household.h"
 
 namespace bench {

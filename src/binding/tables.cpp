@@ -18,6 +18,7 @@
 #include "properties/wifi_senior.h"
 #include "services/backup_services.h"
 #include "services/channels.h"
+#include "services/config_export.h"
 #include "services/control.h"
 #include "services/diagnostics.h"
 #include "services/disk_format.h"

@@ -10,6 +10,7 @@
 #include "core/bus_message.h"
 #include "core/fair_mutex.h"
 #include "core/handles.h"
+#include "core/log.h"
 
 struct ubus_context;
 
@@ -57,6 +58,9 @@ json_object *get_one_array_info(const char *object, const char *method, int inde
 // 0 when the reply's "result" reads 0 or is missing, else -1, also without a reply.
 int set_dev_info(const char *object, const char *method, const BusMessage &message);
 int set_dev_info(const char *object, const char *method); // without arguments
+// The same; what it does not get is logged as `refused` in the caller's name.
+int set_or_log(const char *object, const char *method, const BusMessage &message, const char *refused,
+               LogSite site = LogSite::here());
 
 // A result text of the daemon as a return code: null or a text whose integer value is not 0 gives -1, else 0.
 int result_to_ret(const char *result);

@@ -112,6 +112,13 @@ int set_dev_info(const char *object, const char *method) {
     return set_with(object, method, nullptr);
 }
 
+int set_or_log(const char *object, const char *method, const BusMessage &message, const char *refused,
+               LogSite site) {
+    const int result = set_dev_info(object, method, message);
+    if (result != 0) LOG_AT(site, "%s", refused);
+    return result;
+}
+
 int result_to_ret(const char *result) {
     return result == nullptr || strtol(result, nullptr, 10) != 0 ? -1 : 0;
 }

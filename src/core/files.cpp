@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace {
 
@@ -60,6 +61,13 @@ Descriptor open_own_file(const char *path) {
         errno = EPERM;
     }
     return file;
+}
+
+FileHandle open_own_stream(const char *path) {
+    Descriptor file = open_own_file(path);
+    FileHandle stream(file ? fdopen(file.get(), "r") : nullptr);
+    if (stream) (void)file.release();
+    return stream;
 }
 
 bool read_own_file(const char *path, size_t limit, std::string *content) {

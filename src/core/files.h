@@ -21,6 +21,8 @@ Descriptor create_private_file(const char *path);
 // Opens a regular file of this user or root for reading, also through a link of theirs. None, with errno
 // (EPERM: somebody else's, or no regular file), in any other case; never waits for a FIFO's other end.
 Descriptor open_own_file(const char *path);
+// The same as a stream.
+FileHandle open_own_stream(const char *path);
 // read_file of what open_own_file opens.
 bool read_own_file(const char *path, size_t limit, std::string *content);
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "core/handles.h"
 #include "core/text.h"
@@ -36,12 +37,6 @@ json_object *step_or_create(json_object *object, const char *name) {
     JsonRoot created(json_object_new_object());
     if (!created || json_object_object_add(object, name, created.get()) != 0) return nullptr;
     return created.release();
-}
-
-int add_value(json_object *document, const char *path, const char *key, JsonRoot value) {
-    if (!value || JsonSetObj(document, path, key, value.get()) == 0) return 0;
-    static_cast<void>(value.release()); // now the document's
-    return 1;
 }
 
 bool is_integer(json_object *value) {
@@ -93,21 +88,34 @@ bool JsonReadInt(json_object *document, const char *path, int32_t *value) {
 }
 
 int JsonSetStr(json_object *document, const char *path, const char *key, const char *value) {
-    return add_value(document, path, key, JsonRoot(json_object_new_string(value == nullptr ? "" : value)));
+    return JsonSetObj(document, path, key, JsonRoot(json_object_new_string(value == nullptr ? "" : value)));
 }
 
 int JsonSetInt64(json_object *document, const char *path, const char *key, int64_t value) {
-    return add_value(document, path, key, JsonRoot(json_object_new_int64(value)));
+    return JsonSetObj(document, path, key, JsonRoot(json_object_new_int64(value)));
 }
 
 int JsonSetBool(json_object *document, const char *path, const char *key, bool value) {
-    return add_value(document, path, key, JsonRoot(json_object_new_boolean(value)));
+    return JsonSetObj(document, path, key, JsonRoot(json_object_new_boolean(value)));
 }
 
 int JsonSetObj(json_object *document, const char *path, const char *key, json_object *value) {
     if (document == nullptr || key == nullptr || value == nullptr) return 0;
     json_object *object = JsonCreatePath(document, path);
     return is_object(object) && json_object_object_add(object, key, value) == 0 ? 1 : 0;
+}
+
+int JsonSetObj(json_object *document, const char *path, const char *key, JsonRoot value) {
+    if (!value || JsonSetObj(document, path, key, value.get()) == 0) return 0;
+    static_cast<void>(value.release()); // now the document's
+    return 1;
+}
+
+int JsonAppend(json_object *array, JsonRoot value) {
+    if (!value || !json_object_is_type(array, json_type_array)) return 0;
+    if (json_object_array_add(array, value.get()) != 0) return 0;
+    static_cast<void>(value.release()); // now the array's
+    return 1;
 }
 
 json_object *JsonCreatePath(json_object *document, const char *path) {
@@ -126,10 +134,14 @@ std::string JsonPlainText(json_object *document, size_t limit) {
     return text == nullptr ? std::string() : std::string(text, strnlen(text, limit));
 }
 
-std::string JsonQuote(const char *text) {
-    JsonRoot value(json_object_new_string(utf8_text(text).c_str()));
-    const char *quoted = json_object_to_json_string_ext(value.get(), JSON_C_TO_STRING_NOSLASHESCAPE);
-    return value && quoted != nullptr ? quoted : "\"\"";
+std::string JsonQuote(const char *text, size_t most) {
+    std::string rest = utf8_text(text);
+    for (;; cut_between_characters(&rest, rest.size() - 1)) {
+        JsonRoot value(json_object_new_string(rest.c_str()));
+        const char *quoted = json_object_to_json_string_ext(value.get(), JSON_C_TO_STRING_NOSLASHESCAPE);
+        if (!value || quoted == nullptr) return "\"\"";
+        if (rest.empty() || strlen(quoted) <= most) return quoted;
+    }
 }
 
 const char *_json_get_str(json_object *object, const char *key) {

@@ -31,6 +31,9 @@ int JsonSetInt64(json_object *document, const char *path, const char *key, int64
 int JsonSetBool(json_object *document, const char *path, const char *key, bool value);
 // Takes the value over on success; on 0 it stays the caller's.
 int JsonSetObj(json_object *document, const char *path, const char *key, json_object *value);
+// The same, or the last element of an array, for a value that is released on 0.
+int JsonSetObj(json_object *document, const char *path, const char *key, JsonRoot value);
+int JsonAppend(json_object *array, JsonRoot value);
 
 // The object that the path names, created where it is missing; null for a null document or when a member on
 // the way is not an object.
@@ -39,7 +42,8 @@ json_object *JsonCreatePath(json_object *document, const char *path);
 // The document as text without blanks, at most `limit` characters of it; "" for null or without memory.
 std::string JsonPlainText(json_object *document, size_t limit = std::string::npos);
 // The text as a JSON text, in quotation marks; null counts as "", what is not UTF-8 becomes U+FFFD.
-std::string JsonQuote(const char *text);
+// Without its last characters where it would be longer than `most` bytes, but never less than "\"\"".
+std::string JsonQuote(const char *text, size_t most = std::string::npos);
 
 // Readers of bus replies.
 const char *_json_get_str(json_object *object,

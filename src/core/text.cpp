@@ -62,17 +62,25 @@ void delete_strip_string_extra_characters(char *text) {
     text[end - start] = '\0';
 }
 
-// The bytes of the UTF-8 character that a text begins with; 0 when it begins with none.
+void cut_between_characters(std::string *text, size_t most) {
+    if (text->size() <= most) return;
+    size_t length = most;
+    while (length > 0 && (static_cast<unsigned char>((*text)[length]) & 0xC0) == 0x80)
+        length--;
+    text->resize(length);
+}
+
+// The bytes of the UTF-8 character beyond ASCII that a text begins with; 0 when it begins with none.
 static size_t character_length(const unsigned char *text) {
     // first bytes from, to; the second byte from, to; bytes in all
     static constexpr unsigned char FORMS[][5] = {
-        {0x01, 0x7f, 0x00, 0xff, 1}, {0xc2, 0xdf, 0x80, 0xbf, 2}, {0xe0, 0xe0, 0xa0, 0xbf, 3},
-        {0xe1, 0xec, 0x80, 0xbf, 3}, {0xed, 0xed, 0x80, 0x9f, 3}, {0xee, 0xef, 0x80, 0xbf, 3},
-        {0xf0, 0xf0, 0x90, 0xbf, 4}, {0xf1, 0xf3, 0x80, 0xbf, 4}, {0xf4, 0xf4, 0x80, 0x8f, 4},
+        {0xc2, 0xdf, 0x80, 0xbf, 2}, {0xe0, 0xe0, 0xa0, 0xbf, 3}, {0xe1, 0xec, 0x80, 0xbf, 3},
+        {0xed, 0xed, 0x80, 0x9f, 3}, {0xee, 0xef, 0x80, 0xbf, 3}, {0xf0, 0xf0, 0x90, 0xbf, 4},
+        {0xf1, 0xf3, 0x80, 0xbf, 4}, {0xf4, 0xf4, 0x80, 0x8f, 4},
     };
     for (const auto &[first, last, low, high, length] : FORMS) {
         if (text[0] < first || text[0] > last || text[1] < low || text[1] > high) continue;
-        size_t whole = length > 1 ? 2 : 1;
+        size_t whole = 2;
         while (whole < length && (text[whole] & 0xc0) == 0x80)
             whole++;
         return whole == length ? length : 0;
@@ -83,6 +91,12 @@ static size_t character_length(const unsigned char *text) {
 std::string utf8_text(const char *text) {
     std::string clean;
     while (text != nullptr && *text != '\0') {
+        size_t plain = 0; // documents are ASCII for the most part
+        while (static_cast<signed char>(text[plain]) > 0)
+            plain++;
+        clean.append(text, plain);
+        text += plain;
+        if (*text == '\0') break;
         const size_t length = character_length(reinterpret_cast<const unsigned char *>(text));
         clean.append(length == 0 ? "\xef\xbf\xbd" : text, length == 0 ? 3 : length);
         text += length == 0 ? 1 : length;

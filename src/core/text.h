@@ -55,6 +55,9 @@ void util_strip_blank_of_string_end(char *text);
 // Removes blanks and control characters around a text, in place; null is ignored.
 void delete_strip_string_extra_characters(char *text);
 
+// Shortens a text to `most` bytes where it is longer, between UTF-8 characters: at most three bytes less.
+void cut_between_characters(std::string *text, size_t most);
+
 // The text with each byte that is not part of a UTF-8 character (RFC 3629) replaced by U+FFFD; "" for null.
 std::string utf8_text(const char *text);
 

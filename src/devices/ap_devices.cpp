@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/ap_devices.h"
 
-#include <cstring>
 #include <mutex>
 #include <string>
 
@@ -9,6 +8,7 @@
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/report_gate.h"
+#include "core/text.h"
 #include "devices/device_document.h"
 #include "devices/device_settings.h"
 #include "properties/property.h"
@@ -86,6 +86,6 @@ int apDevices_event_report() {
         LOG("JsonObj To String fail");
         return -1;
     }
-    TEBRA_SDK_PostEvent(EVENT, std::string(text, strnlen(text, REPORT_SIZE - 1)).c_str());
+    TEBRA_SDK_PostEvent(EVENT, utf8_text(text).substr(0, REPORT_SIZE - 1).c_str());
     return 0;
 }

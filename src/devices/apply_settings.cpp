@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is written of one element of a request, step by step.
+#include "devices/apply_settings.h"
+
 #include "core/clock.h"
 #include "core/log.h"
 #include "core/text.h"
 #include "devices/device_lookups.h"
-#include "devices/device_settings.h"
 #include "devices/mac_filter.h"
 #include "devices/online_notice.h"
 

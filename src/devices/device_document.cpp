@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <strings.h>
+#include <utility>
 
 #include "core/json_path.h"
 #include "core/log.h"
@@ -19,7 +20,7 @@ namespace {
 // What one document is built with.
 struct Build {
     bool with_online_time;
-    BusReplies replies = {};
+    const BusReplies &replies;
     // As of the last device under parental control: those that are not under it repeat them.
     bool time_control = false;
     bool web_control = false;
@@ -131,7 +132,7 @@ void append_device(json_object *list, json_object *station, Build *build) {
         LOG("create json object fail");
         return;
     }
-    if (fill_device(device.get(), station, mac, build)) json_object_array_add(list, device.release());
+    if (fill_device(device.get(), station, mac, build)) JsonAppend(list, std::move(device));
 }
 
 // How many elements of an array count; 0 when it is none.
@@ -173,11 +174,13 @@ json_object *get_apDevice_config(int mode) {
     }
     JsonRoot list = new_list();
     if (!list) return nullptr;
-    Build build = {.with_online_time = mode == DOCUMENT_PROPERTY || mode == DOCUMENT_TIMED};
+    const BusReplies replies;
+    Build build = {.with_online_time = mode == DOCUMENT_PROPERTY || mode == DOCUMENT_TIMED,
+                   .replies = replies};
     json_object *stations = get_stations(build);
     for (size_t i = 0; i < bounded_length(stations); i++)
         append_device(list.get(), json_object_array_get_idx(stations, i), &build);
-    json_object_object_add(root.get(), "apDevices", list.release());
+    JsonSetObj(root.get(), nullptr, "apDevices", std::move(list));
     return root.release();
 }
 
@@ -187,12 +190,16 @@ json_object *get_meshApDevice_config(json_object *stations) {
         return nullptr;
     }
     std::lock_guard lock(apdevice_mutex);
+    return get_meshApDevice_config(stations, {}).release();
+}
+
+JsonRoot get_meshApDevice_config(json_object *stations, const BusReplies &replies) {
     JsonRoot list = new_list();
-    if (!list) return nullptr;
-    Build build = {.with_online_time = true};
+    if (!list) return list;
+    Build build = {.with_online_time = true, .replies = replies};
     json_object *own = get_stations(build);
     for (size_t i = 0; i < bounded_length(stations); i++)
         if (json_object *station = station_of(own, JsonGetStr(json_object_array_get_idx(stations, i), "mac")))
             append_device(list.get(), station, &build);
-    return list.release();
+    return list;
 }

@@ -7,6 +7,8 @@
 
 #include <json-c/json.h>
 
+#include "devices/bus_replies.h"
+
 inline constexpr size_t MOST_DEVICES = 128; // stations behind them are left out
 inline constexpr size_t DEVICE_MAC_SIZE = 16;
 
@@ -30,3 +32,5 @@ json_object *get_apDevice_config(int mode);
 // 128) that are stations of the router, in the array's order and whatever their spelling: an array, owned by
 // the caller. Null for a null argument or without memory. Takes apdevice_mutex. Any thread.
 json_object *get_meshApDevice_config(json_object *stations);
+// One of several such lists, all of the same replies. The caller holds apdevice_mutex.
+JsonRoot get_meshApDevice_config(json_object *stations, const BusReplies &replies);

@@ -8,11 +8,13 @@
 
 #include "core/json_path.h"
 #include "core/log.h"
+#include "core/text.h"
+#include "properties/radio.h"
 
 namespace {
 
 constexpr char PARENTAL[] = "vrop.parent.control";
-constexpr size_t GUEST_NETWORK = 2; // its place in a radio's list
+constexpr char STATION[] = "vrop.laninfo.sta";
 constexpr size_t SSID_MAX = 127;
 
 int parental_switch(const char *mac, const char *name, const BusReplies &replies, LogSite site) {
@@ -55,7 +57,7 @@ int get_guest_status(const char *ssid, const char *radio, const BusReplies &repl
     }
     json_object *networks = replies.whole(slow ? "vrop.wifi.1.ap" : "vrop.wifi.2.ap", "list");
     if (!json_object_is_type(networks, json_type_array)) return -1;
-    const char *guest = JsonGetStr(json_object_array_get_idx(networks, GUEST_NETWORK), "ssid");
+    const char *guest = JsonGetStr(json_object_array_get_idx(networks, GUEST_INDEX), "ssid");
     return guest && std::string(guest, strnlen(guest, SSID_MAX)) == ssid ? 0 : -1;
 }
 
@@ -66,9 +68,19 @@ int get_macFilter_status(const char *mac, const BusReplies &replies) {
     return element_of_mac(entries, mac) ? 0 : -1;
 }
 
+int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
+    copy_text(name, size, "");
+    if (is_missing(mac)) return -1;
+    json_object *station = replies.of_device(STATION, mac);
+    if (station == nullptr) return -1;
+    const char *given = _json_get_str(station, "devname");
+    copy_text(name, size, given[0] != '\0' ? given : _json_get_str(station, "hostname"));
+    return 0;
+}
+
 int get_limitSpeed(const char *mac, int *up, int *down, int *limit_switch, const BusReplies &replies) {
     if (is_missing(mac)) return -1;
-    json_object *station = replies.of_device("vrop.laninfo.sta", mac);
+    json_object *station = replies.of_device(STATION, mac);
     if (!station) return -1;
     *up = _json_get_int(station, "usbandwidth");
     *down = _json_get_int(station, "dsbandwidth");

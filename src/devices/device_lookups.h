@@ -21,6 +21,10 @@ int get_guest_status(const char *ssid, const char *radio, const BusReplies &repl
 // 0 when the MAC is in the filter list, switched on or not.
 int get_macFilter_status(const char *mac, const BusReplies &replies = {});
 
+// 0, and the name that the user gave the device or else its own; -1, with an empty name, when the daemon does
+// not know it.
+int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies = {});
+
 // 0, and the station's limits in the daemon's unit with their switch.
 int get_limitSpeed(const char *mac, int *up, int *down, int *limit_switch, const BusReplies &replies = {});
 

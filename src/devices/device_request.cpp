@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "core/json_path.h"
 #include "core/log.h"
@@ -29,13 +30,9 @@ json_object *member_of_type(json_object *element, const char *key, json_type typ
     return json_object_is_type(member, type) ? member : nullptr;
 }
 
-// Cuts between characters.
-void copy_characters(char *to, size_t size, const char *text) {
-    const size_t length = strlen(text);
-    size_t end = std::min(length, size - 1);
-    while (end > 0 && end < length && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        end--;
-    copy_text(to, end + 1, text);
+void copy_characters(char *to, size_t size, std::string text) {
+    cut_between_characters(&text, size - 1);
+    copy_text(to, size, text.c_str());
 }
 
 bool read_limit(json_object *element, DeviceSettings *settings) {

@@ -6,6 +6,7 @@
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/report_gate.h"
+#include "devices/apply_settings.h"
 #include "devices/device_lookups.h"
 #include "devices/device_request.h"
 #include "devices/mac_filter.h"

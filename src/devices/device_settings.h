@@ -54,13 +54,5 @@ inline constexpr int MOST_PARENTAL_WAITS = 32; // of one request, so that it end
 // the request there. Any thread.
 int apDevices_set(const char *context, const char *message, char *reply, int reply_length);
 
-// Carries out what the element asks for and the flags say, in a fixed order. The last step's result; -1 for
-// null. The caller holds apdevice_mutex.
-int set_apDevices_config(const DeviceSettings *settings);
-
-// The name under which the device is supervised: the one asked for, or else the present one; "" without
-// either. Any thread.
-void supervised_name(const DeviceSettings &settings, char (&name)[DEVICE_NAME_SIZE]);
-
 // Forgets the element handled last. Takes apdevice_mutex. Any thread.
 void clear_device_settings();

@@ -3,9 +3,8 @@
 
 #include "core/bus.h"
 #include "core/clock.h"
-#include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
+#include "devices/bus_replies.h"
 
 namespace {
 
@@ -27,23 +26,11 @@ int32_t disconnect_seconds(int32_t code) {
 
 } // namespace
 
-int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies) {
-    copy_text(name, size, "");
-    if (is_missing(mac)) return -1;
-    json_object *station = replies.of_device(STATION, mac);
-    if (station == nullptr) return -1;
-    const char *given = _json_get_str(station, "devname");
-    copy_text(name, size, given[0] != '\0' ? given : _json_get_str(station, "hostname"));
-    return 0;
-}
-
 int set_apDevice_name(const char *name, const char *mac) {
     if (is_missing(name != nullptr ? mac : nullptr)) return -1;
     BusMessage message;
     message.text("mac", mac).text("devname", name);
-    const int result = set_dev_info(STATION, "set", message);
-    if (result != 0) LOG("modify name fail");
-    return result;
+    return set_or_log(STATION, "set", message, "modify name fail");
 }
 
 int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
@@ -53,9 +40,7 @@ int set_limitSpeed(const SpeedLimit &limit, const char *mac) {
     if (limit.downSpeed != 0 && limit.downSpeed != -1) message.integer("dsbandwidth", limit.downSpeed);
     if (limit.upSpeed != 0 && limit.upSpeed != -1) message.integer("usbandwidth", limit.upSpeed);
     message.text("mac", mac);
-    const int result = set_dev_info(STATION, "set", message);
-    if (result != 0) LOG("set limit speed fail");
-    return result;
+    return set_or_log(STATION, "set", message, "set limit speed fail");
 }
 
 int set_disconnectInfo(int32_t disconnect, const char *mac, const char *name) {

@@ -4,19 +4,12 @@
 // thread.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-
-#include "devices/bus_replies.h"
 
 struct SpeedLimit {
     int32_t open;
     int32_t upSpeed, downSpeed; // in the daemon's unit; 0 and -1 leave the daemon's as it is
 };
-
-// 0, and the name that the user gave the device or else its own; -1, with an empty name, when the daemon does
-// not know it.
-int get_devName(const char *mac, char *name, size_t size, const BusReplies &replies = {});
 
 int set_apDevice_name(const char *name, const char *mac);
 int set_limitSpeed(const SpeedLimit &limit, const char *mac);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/online_notice.h"
 
+#include <utility>
+
 #include "core/json_path.h"
 #include "core/log.h"
 #include "devices/runtime_file.h"
@@ -39,7 +41,7 @@ JsonRoot with_notice(json_object *entries, const char *mac, int value) {
         JsonRoot entry(json_object_is_type(old, json_type_object) ? kept_entry(old) : nullptr);
         if (!entry) continue;
         if (is_entry_of(old, mac)) JsonSetInt64(entry.get(), nullptr, "onlineNotice", value);
-        json_object_array_add(changed.get(), entry.release());
+        JsonAppend(changed.get(), std::move(entry));
     }
     if (JsonPlainText(changed.get()).size() <= RUNTIME_TEXT_MAX) return changed;
     LOG("the runtime file has no room");

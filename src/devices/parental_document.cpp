@@ -2,6 +2,7 @@
 #include "devices/parental_document.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/json_path.h"
 #include "core/log.h"
@@ -26,8 +27,7 @@ JsonRoot list_of(json_object *entry, Make make) {
     if (!list || JsonGetObj(entry, "list", &rules) == 0 || !json_object_is_type(rules, json_type_array))
         return list;
     for (size_t i = 0; i < json_object_array_length(rules); i++)
-        if (JsonRoot made = make(json_object_array_get_idx(rules, i)); made)
-            json_object_array_add(list.get(), made.release());
+        JsonAppend(list.get(), make(json_object_array_get_idx(rules, i)));
     return list;
 }
 
@@ -48,11 +48,11 @@ JsonRoot time_rule(json_object *rule) {
     int32_t week[WEEK_DAYS] = {};
     get_report_week(_json_get_str(rule, "week"), week);
     for (const int32_t day : week)
-        json_object_array_add(days.get(), json_object_new_int(day));
+        JsonAppend(days.get(), JsonRoot(json_object_new_int(day)));
     char frame[TIME_FRAME_SIZE] = ""; // stays so when the daemon's times are none
     join_timeFrame(_json_get_str(rule, "timestart"), _json_get_str(rule, "timeend"), frame);
     JsonSetStr(shown.get(), nullptr, "timeFrame", frame);
-    json_object_object_add(shown.get(), "daysOfWeek", days.release());
+    JsonSetObj(shown.get(), nullptr, "daysOfWeek", std::move(days));
     JsonSetBool(shown.get(), nullptr, "open", _json_get_int(rule, "enable") != 0);
     return shown;
 }
@@ -88,7 +88,7 @@ void set_policy(json_object *control, json_object *entry) {
 void add_web_list(json_object *control, const char *name, JsonRoot list, json_object *entry) {
     if (!list) LOG("parent URL list is NULL");
     if (length_of(list) == 0) return;
-    json_object_object_add(control, name, list.release());
+    JsonSetObj(control, nullptr, name, std::move(list));
     set_policy(control, entry);
 }
 
@@ -96,7 +96,7 @@ void add_time_control(json_object *device, json_object *entry) {
     JsonRoot rules = list_of(entry, time_rule);
     LOG("time_cnt:%d", static_cast<int>(length_of(rules)));
     if (!rules) LOG("parent time list is NULL");
-    if (length_of(rules) > 0) json_object_object_add(device, "parentalTimeControl", rules.release());
+    if (length_of(rules) > 0) JsonSetObj(device, nullptr, "parentalTimeControl", std::move(rules));
 }
 
 bool add_web_control(json_object *device, json_object *entry) {
@@ -110,7 +110,7 @@ bool add_web_control(json_object *device, json_object *entry) {
     add_web_list(control.get(), "sites", site_list(entry), entry);
     add_web_list(control.get(), "urls", std::move(urls), entry);
     if (json_object_object_length(control.get()) > 0)
-        json_object_object_add(device, "parentalWebControl", control.release());
+        JsonSetObj(device, nullptr, "parentalWebControl", std::move(control));
     return true;
 }
 
@@ -121,8 +121,8 @@ bool add_app_control(json_object *device, const AppKind &kind, json_object *entr
         LOG("create %s object fail", kind.key);
         return false;
     }
-    json_object_object_add(control.get(), "urls", rules.release());
-    return json_object_object_add(device, kind.key, control.release()) == 0;
+    JsonSetObj(control.get(), nullptr, "urls", std::move(rules));
+    return JsonSetObj(device, nullptr, kind.key, std::move(control)) == 1;
 }
 
 } // namespace

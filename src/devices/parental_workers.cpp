@@ -140,9 +140,12 @@ int parentcontrol_execute_thread(const char *mac, const char *name, int level) {
     }
     const std::string given_mac(mac), given_name(name);
     parentcontrol_level = level;
-    return levels().add({given_mac, level, [given_mac, given_name, level] {
-                             parentcontrol_execute_proc(given_mac.c_str(), given_name.c_str(), level);
-                         }});
+    const int result =
+        levels().add({given_mac, level, [given_mac, given_name, level] {
+                          parentcontrol_execute_proc(given_mac.c_str(), given_name.c_str(), level);
+                      }});
+    if (result != 0) parentcontrol_level = LEVEL_NONE; // nothing comes of it
+    return result;
 }
 
 int waiting_parental_level(const char *mac) {

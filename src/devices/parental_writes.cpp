@@ -20,10 +20,15 @@ constexpr char TIME_RULES[] = "vrop.parent.timecontrol";
 constexpr int32_t ALL_URL_RULES = -2222;
 constexpr int32_t ALL_TIME_RULES = -1111;
 
-bool is_wrong(const char *mac, const void *other, LogSite site = LogSite::here()) {
-    if (mac != nullptr && mac[0] != '\0' && other != nullptr) return false;
+bool is_wrong(const char *mac, LogSite site = LogSite::here()) {
+    if (mac != nullptr && mac[0] != '\0') return false;
     LOG_AT(site, "param is error");
     return true;
+}
+
+// The same of a MAC that comes with something else, which must not be null.
+bool is_wrong(const char *mac, const void *other, LogSite site = LogSite::here()) {
+    return is_wrong(other != nullptr ? mac : nullptr, site);
 }
 
 const char *policy_text(int32_t policy, LogSite site = LogSite::here()) {
@@ -89,7 +94,7 @@ int add_parentalControl(const char *mac, const char *name) {
 }
 
 int clear_parentControl(const char *mac) {
-    if (is_wrong(mac, mac)) return -1;
+    if (is_wrong(mac)) return -1;
     BusMessage message;
     message.integer("delall", 0).text("mac", mac);
     const int result = set_dev_info(DEVICES, "delete", message);
@@ -98,14 +103,14 @@ int clear_parentControl(const char *mac) {
 }
 
 int clear_parentUrlControl(const char *mac) {
-    if (is_wrong(mac, mac)) return -1;
+    if (is_wrong(mac)) return -1;
     const int result = clear_rules(URL_RULES, ALL_URL_RULES, mac);
     if (result != 0) LOG("delete parenturlcontrol mac:%s fail", mac);
     return result;
 }
 
 int clear_parentTimeControl(const char *mac) {
-    if (is_wrong(mac, mac)) return -1;
+    if (is_wrong(mac)) return -1;
     const int result = clear_rules(TIME_RULES, ALL_TIME_RULES, mac);
     if (result != 0) LOG("delete parenttimecontrol mac:%s fail", mac);
     return result;
@@ -149,7 +154,7 @@ int set_parent_enable(const char *mac, const char *name, int32_t parental_enable
 int set_url_filterType(const char *mac, int32_t policy) {
     LOG("controlPolicy:%d", policy);
     const char *type = policy_text(policy);
-    if (type == nullptr || is_wrong(mac, mac)) return -1;
+    if (type == nullptr || is_wrong(mac)) return -1;
     BusMessage message;
     message.text("filterType", type).text("mac", mac);
     const int result = set_dev_info("vrop.parent.urlcontrol.modify", "set", message);

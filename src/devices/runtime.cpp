@@ -6,10 +6,11 @@
 #include "core/clock.h"
 #include "core/json_path.h"
 #include "core/log.h"
-#include "core/text.h"
 #include "core/thread.h"
 #include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
+#include "devices/runtime_list.h"
+#include "devices/station_list.h"
 #include "https/helper_program.h"
 #include "relay/event_client.h"
 
@@ -26,9 +27,9 @@ constexpr long DAY = 86400;
 constexpr unsigned ROUNDS_PER_POLL = 25;
 constexpr unsigned CLOSING_PAUSE = 5; // seconds: into the next day
 
-void (*capture_round)() = nullptr;
+void (*further_work)() = nullptr; // of each round
 
-using Datagram = Text<256>;
+constexpr size_t QUOTED_NAME_MAX = 150; // leaves the datagram room for the rest
 
 long second_of_day() {
     struct tm now = local_time();
@@ -66,7 +67,7 @@ void nightly_round(StaStatusState *state, long second) {
 } // namespace
 
 void set_capture_round(void (*round)()) {
-    capture_round = round;
+    further_work = round;
 }
 
 StaStatusState sta_status_start(unsigned seed) {
@@ -77,7 +78,7 @@ void check_staStatus_round(StaStatusState *state) {
     follow_clock();
     const long second = second_of_day();
     if (state->round++ % ROUNDS_PER_POLL == 0) check_staList();
-    if (capture_round) capture_round();
+    if (further_work) further_work();
     nightly_round(state, second);
 }
 
@@ -99,12 +100,9 @@ int online_report(const char *mac, const char *name) {
         LOG("param is NULL");
         return -1;
     }
-    // a client chooses its own name, so it is quoted rather than pasted
-    Datagram datagram = {};
-    snprintf(datagram.text, sizeof datagram.text,
-             "{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}%s", mac,
-             JsonQuote(name).c_str(), static_cast<int>(now_seconds()), "");
-    udp_send_data(datagram.text, sizeof datagram.text);
+    // a client chooses its own name, so it is quoted rather than pasted, and cut to what has room
+    send_event<256>("{\"action\": \"deviceConnect\", \"mac\": \"%s\", \"devName\": %s, \"time\": %d}", mac,
+                    JsonQuote(name, QUOTED_NAME_MAX).c_str(), static_cast<int>(now_seconds()));
     return 0;
 }
 

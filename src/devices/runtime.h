@@ -2,11 +2,9 @@
 // How long each client device of the router was connected today, announced on arrival and reported once a
 // night.
 //
-// One thread, check_staStatus_proc, owns the station backup, the runtime file and the day file; what is said
-// to be of that thread must not run beside it.
+// One thread, check_staStatus_proc, polls the clients and writes the day file; what is said to be of that
+// status thread must not run beside it. Today's runtime file others change too (runtime_file.h).
 #pragma once
-
-#include <json-c/json.h>
 
 // Names what each round also does, between the client poll and the night's tasks: the capture's part. main
 // sets it before the thread starts; none by default.
@@ -27,23 +25,6 @@ struct StaStatusState {
 StaStatusState sta_status_start(unsigned seed);
 // One round, without the second's pause. Of the status thread.
 void check_staStatus_round(StaStatusState *state);
-
-// Compares the clients with those of the previous poll: announces who came, closes who went. 0, or -1 when
-// the previous poll's list cannot be read. Of the status thread.
-int check_staList();
-// Forgets the previous poll. Of the status thread.
-void clear_backupSta();
-
-// Rebuilds the runtime file from the current clients. Of the status thread.
-void runtimeList_init();
-// Closes the runtime of a client that went. Of the status thread.
-void runtimeList_update(const char *mac);
-// Writes the day file from the runtime file. `seconds_left`, until midnight, is not added to the totals. Of
-// the status thread.
-void runtimeList_finalUpdate(long seconds_left);
-// The day file as the array of the nightly report, owned by the caller; null when it cannot be read. Any
-// thread.
-json_object *runtimeList_report();
 
 // Sends the local event that a client arrived. 0, or -1 for a null argument. Any thread.
 int online_report(const char *mac, const char *name);

@@ -41,7 +41,14 @@ JsonRoot read_runtime_array(const char *path, bool *open_failed) {
 }
 
 std::string runtime_text(json_object *array) {
-    return JsonPlainText(array, RUNTIME_TEXT_MAX);
+    std::string text = "[";
+    for (size_t i = 0; i < json_object_array_length(array); i++) {
+        json_object *entry = json_object_array_get_idx(array, i);
+        const std::string next = (i > 0 ? "," : "") + (entry ? JsonPlainText(entry) : "null");
+        if (text.size() + next.size() + 1 > RUNTIME_TEXT_MAX) break;
+        text += next;
+    }
+    return text + "]";
 }
 
 RuntimeUpdate update_runtime_file(const RuntimeChange &change) {

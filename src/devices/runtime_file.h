@@ -13,13 +13,13 @@
 #include "core/log.h"
 
 inline constexpr char RUNTIME_FILE[] = "/aptmp/client_runTime.log";
-inline constexpr size_t RUNTIME_TEXT_MAX = 16383; // characters of a file; longer arrays are cut
+inline constexpr size_t RUNTIME_TEXT_MAX = 16383; // characters of a file
 
 // The array in the file, null when there is none. `open_failed` says whether the file could not be read at
 // all.
 JsonRoot read_runtime_array(const char *path, bool *open_failed);
 
-// The text of an array as it goes into a file.
+// The text of an array as it goes into a file, without the last entries where all have no room.
 std::string runtime_text(json_object *array);
 
 // What becomes of today's file: makes the new array of the present one, or null to leave the file as it is.

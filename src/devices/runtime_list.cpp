@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The runtime file of today and the day file that is made of it.
+#include "devices/runtime_list.h"
+
 #include <cinttypes>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/clock.h"
@@ -8,7 +10,6 @@
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
-#include "devices/runtime.h"
 #include "devices/runtime_clock.h"
 #include "devices/runtime_file.h"
 #include "devices/station.h"
@@ -38,13 +39,12 @@ void add_station(json_object *log, json_object *station) {
     char colon_mac[32];
     set_colon_mac(mac, colon_mac, sizeof colon_mac);
     JsonRoot entry(json_object_new_object());
-    if (!entry) return;
     JsonSetStr(entry.get(), nullptr, "mac", colon_mac);
     JsonSetStr(entry.get(), nullptr, "name", station_name(station));
     JsonSetInt64(entry.get(), nullptr, "runTime", within_a_day(uptime));
     JsonSetInt64(entry.get(), nullptr, "timestamp", now_seconds());
     JsonSetInt64(entry.get(), nullptr, "onlineNotice", 1);
-    json_object_array_add(log, entry.release());
+    JsonAppend(log, std::move(entry));
 }
 
 // The current clients as entries of the runtime file; null when there is no list.
@@ -68,8 +68,7 @@ JsonRoot rebuild(json_object *entries, Make make) {
         return array;
     }
     for (size_t i = 0; i < json_object_array_length(entries); i++)
-        if (JsonRoot entry = make(json_object_array_get_idx(entries, i)); entry)
-            json_object_array_add(array.get(), entry.release());
+        JsonAppend(array.get(), make(json_object_array_get_idx(entries, i)));
     return array;
 }
 

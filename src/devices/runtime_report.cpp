@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/runtime_report.h"
 
+#include <utility>
+
 #include "core/handles.h"
 #include "core/json_path.h"
-#include "devices/runtime.h"
+#include "devices/runtime_list.h"
 #include "https/helper_requests.h"
 
 namespace {
@@ -11,7 +13,7 @@ namespace {
 int add_runtimes(json_object *body, const RequestSender &) {
     JsonRoot list(runtimeList_report());
     if (!list) list.reset(json_object_new_array()); // a day without a file is a day without clients
-    if (JsonSetObj(body, nullptr, "runtimeList", list.get())) (void)list.release();
+    JsonSetObj(body, nullptr, "runtimeList", std::move(list));
     return HEAD_OK;
 }
 

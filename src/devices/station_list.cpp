@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The poll of the clients: who came and who went since the last one.
-#include <cstring>
+#include "devices/station_list.h"
 
-#include "core/bus.h"
+#include <cstring>
+#include <utility>
+
 #include "core/clock.h"
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
 #include "devices/runtime.h"
+#include "devices/runtime_list.h"
 #include "devices/station.h"
 
 namespace {
@@ -32,12 +34,11 @@ void add_station(json_object *list, json_object *listed) {
     copy_text(station.mac, mac);
     copy_text(station.name, station_name(listed));
     JsonRoot element(json_object_new_object());
-    if (!element) return;
     JsonSetStr(element.get(), nullptr, "mac", station.mac);
     JsonSetStr(element.get(), nullptr, "ip", JsonGetStr(listed, "ipaddr"));
     JsonSetStr(element.get(), nullptr, "name", station.name);
     JsonSetInt64(element.get(), nullptr, "onlineTime", uptime);
-    json_object_array_add(list, element.release());
+    JsonAppend(list, std::move(element));
 }
 
 JsonRoot get_staList_config() {
@@ -101,18 +102,6 @@ bool close_departures(json_object *list, json_object *backup) {
 }
 
 } // namespace
-
-json_object *get_station_array(JsonRoot *root) {
-    json_object *stations = get_dev_info("vrop.laninfo", "list", root);
-    if (json_object_is_type(stations, json_type_array)) return stations;
-    LOG("get laninfo list fail");
-    return nullptr;
-}
-
-const char *station_name(json_object *station) {
-    const char *name = JsonGetStr(station, "devname");
-    return name && name[0] != '\0' ? name : JsonGetStr(station, "hostname");
-}
 
 int check_staList() {
     JsonRoot list = get_staList_config();

@@ -129,6 +129,19 @@ bool read_change(json_object *request, Change *change) {
     return named || path != nullptr;
 }
 
+// Takes the file's change back; what came into it since stays.
+void take_back(const Change &change) {
+    std::string now;
+    const bool readable = read_storage(&now);
+    for (const Setting &setting : SETTINGS) {
+        const int before = storage_number(change.before, setting.file, setting.otherwise);
+        const int after = storage_number(change.after, setting.file, setting.otherwise);
+        if (before != after && storage_number(now, setting.file, setting.otherwise) == after)
+            now = with_storage_number(now, setting.file, before);
+    }
+    if (!readable || !replace_storage(now)) LOG("undo of file:%s fail", STORAGE_FILE);
+}
+
 int apply_hcdn(json_object *member, const char *context) {
     Change change;
     if (!read_storage(&change.before)) {
@@ -150,7 +163,7 @@ int apply_hcdn(json_object *member, const char *context) {
     const int result = set_dev_info(OBJECT, "set", change.message);
     if (result == 0) return 0;
     LOG("set hcdn fail");
-    if (file_changes) replace_storage(change.before);
+    if (file_changes) take_back(change);
     return result;
 }
 

@@ -29,13 +29,6 @@ void split_dns(json_object *reply, char (&dns1)[16], char (&dns2)[16]) {
     copy_text(dns2, second.substr(0, second.find_first_of(BLANKS)).c_str());
 }
 
-// Sends the settings; the daemon's result. A refusal is logged in the writer's name.
-int write_wan(const BusMessage &message, const char *refused, LogSite site = LogSite::here()) {
-    const int result = set_dev_info(WAN, "set", message);
-    if (result != 0) LOG_AT(site, "%s", refused);
-    return result;
-}
-
 void add_dns(BusMessage *message, const char *dns1, const char *dns2) {
     message->text("dns", format_text<32>("%s,%s", dns1, dns2).text);
 }
@@ -105,7 +98,7 @@ int get_network_config(NetworkRecord *network) {
 int bridge_set() {
     BusMessage message;
     message.text("networktype", "BRIDGE");
-    return write_wan(message, "set bridge way fail");
+    return set_or_log(WAN, "set", message, "set bridge way fail");
 }
 
 int dhcp_set(const NetworkRecord &network) {
@@ -113,7 +106,7 @@ int dhcp_set(const NetworkRecord &network) {
     message.integer("dnsenable", network.dhcp_dns_enable);
     if (network.dhcp_dns_enable != 0) add_dns(&message, network.dhcp_dns1, network.dhcp_dns2);
     message.text("networktype", "DHCP");
-    return write_wan(message, "set dhcp way fail");
+    return set_or_log(WAN, "set", message, "set dhcp way fail");
 }
 
 int ppoe_set(const NetworkRecord &network) {
@@ -122,7 +115,7 @@ int ppoe_set(const NetworkRecord &network) {
     write_message(PPPOE_LOGIN, &network, &message);
     message.integer("pppoestaticdns", network.ppoe_dns_enable).integer("dnsenable", network.ppoe_dns_enable);
     if (network.ppoe_dns_enable != 0) add_dns(&message, network.ppoe_dns1, network.ppoe_dns2);
-    return write_wan(message, "set ppoe way fail");
+    return set_or_log(WAN, "set", message, "set ppoe way fail");
 }
 
 int static_set(const NetworkRecord &network) {
@@ -132,7 +125,7 @@ int static_set(const NetworkRecord &network) {
         .text("ipaddr", network.static_ip)
         .text("subnetmask", network.static_mask);
     add_dns(&message, network.static_dns1, network.static_dns2);
-    return write_wan(message, "set dhcp way fail"); // one text for both ways with addresses
+    return set_or_log(WAN, "set", message, "set dhcp way fail"); // one text for both ways with addresses
 }
 
 int relay_set(const NetworkRecord &network) {
@@ -142,10 +135,7 @@ int relay_set(const NetworkRecord &network) {
     message.integer("enable", 1);
     write_message(RELAY_LOGIN, &network, &message);
     message.integer("keepwifiupflag", network.sync).text("authmode", authmode);
-    const char *object = radio_client(network.relay_radio);
-    const int result = object != nullptr ? set_dev_info(object, "set", message) : -1;
-    if (result != 0) LOG("set relay way fail");
-    return result;
+    return set_or_log(radio_client(network.relay_radio), "set", message, "set relay way fail");
 }
 
 int cut_dns(const char *text) {

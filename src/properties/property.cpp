@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/handles.h"
 #include "core/json_path.h"
@@ -25,14 +26,17 @@ JsonRoot make_document(const Property &property, const char *create_failed, LogS
     return document;
 }
 
-// The document's text, which lives with it, or null after having logged why.
-const char *document_text(json_object *document, LogSite site) {
-    const char *text = json_object_to_json_string(document);
+// The property's document as a text, "" after having logged why. Names of networks and of devices are any
+// bytes.
+std::string document_text(const Property &property, const char *create_failed, LogSite site) {
+    const JsonRoot document = make_document(property, create_failed, site);
+    if (!document) return "";
+    const char *text = json_object_to_json_string(document.get());
     if (text == nullptr) {
         perror("JsonObjToStr");
         LOG_AT(site, "JsonObj To String fail");
     }
-    return text;
+    return utf8_text(text);
 }
 
 JsonRoot parse_request(const Property &property, const char *text, LogSite site) {
@@ -102,30 +106,27 @@ int property_get(const Property &property, const char *context, char *output, in
         return -1;
     }
     std::lock_guard lock(*property.lock);
-    JsonRoot document = make_document(property, property.create_failed, site);
-    const char *text = document ? document_text(document.get(), site) : nullptr;
-    if (text == nullptr) return -1;
-    copy_text(output, static_cast<size_t>(length), text);
+    const std::string text = document_text(property, property.create_failed, site);
+    if (text.empty()) return -1;
+    copy_text(output, static_cast<size_t>(length), text.c_str());
     LOG_AT(site, "outbuff:%s", output);
     return 0;
 }
 
 int property_post(const Property &property, LogSite site) {
     std::unique_lock lock(*property.lock);
-    JsonRoot document = make_document(property, property.create_failed, site);
-    const char *text = document ? document_text(document.get(), site) : nullptr;
-    if (text == nullptr) return -1;
-    post_in_turn(property, &lock, text, "outbuff:", site);
+    std::string text = document_text(property, property.create_failed, site);
+    if (text.empty()) return -1;
+    post_in_turn(property, &lock, std::move(text), "outbuff:", site);
     return 0;
 }
 
 int property_report(const Property &property, LogSite site) {
     get_report_status();
     std::unique_lock lock(*property.lock);
-    JsonRoot document = make_document(property, "create json obj fail", site);
-    const char *text = document ? document_text(document.get(), site) : nullptr;
-    if (text == nullptr) return -1;
-    post_in_turn(property, &lock, std::string(text, strnlen(text, property.report_size - 1)),
-                 property.changed, site);
+    std::string text = document_text(property, "create json obj fail", site);
+    if (text.empty()) return -1;
+    if (text.size() >= property.report_size) text.resize(property.report_size - 1);
+    post_in_turn(property, &lock, std::move(text), property.changed, site);
     return 0;
 }

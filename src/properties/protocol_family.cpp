@@ -32,9 +32,7 @@ Text<16> read_protocol_type() {
 int write_protocol_type(const char *type) {
     BusMessage message;
     message.text("protocoltype", type);
-    if (set_dev_info(OBJECT, "set", message) == 0) return 0;
-    LOG("change networkProtocol fail");
-    return -1;
+    return set_or_log(OBJECT, "set", message, "change networkProtocol fail");
 }
 
 int fill_ipv6(json_object *document) {

@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two radios, 0 for 2.4 GHz and 1 for 5 GHz, and what the daemon calls their parts. Each function gives
-// null for another radio.
+// The two radios, 0 for 2.4 GHz and 1 for 5 GHz, and what the daemon calls their parts. Where a function
+// gives a name, that is null for another radio.
 #pragma once
 
 inline constexpr int RADIO_2G = 0;
 inline constexpr int RADIO_5G = 1;
 inline constexpr int GUEST_INDEX = 2; // of the guest network among a radio's access points
+
+// The cloud's numbers for them where it names one in a service's request, and the radio that it means: 5 GHz
+// for 2, 2.4 GHz for any other number.
+inline constexpr int CLOUD_RADIO_2G = 1;
+inline constexpr int CLOUD_RADIO_5G = 2;
+inline int radio_of(int cloud_radio) {
+    return cloud_radio == CLOUD_RADIO_5G ? RADIO_5G : RADIO_2G;
+}
 
 inline const char *radio_object(int radio, const char *first, const char *second) {
     return radio == RADIO_2G ? first : radio == RADIO_5G ? second : nullptr;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/json_path.h"
@@ -92,11 +93,10 @@ void days_from_week(int32_t week, int32_t days[DAYS]) {
 }
 
 json_object *days_array(const int32_t days[DAYS]) {
-    json_object *array = json_object_new_array();
-    if (array == nullptr) return nullptr;
+    JsonRoot array(json_object_new_array());
     for (int i = 0; i < DAYS; ++i)
-        json_object_array_add(array, json_object_new_int(days[i]));
-    return array;
+        JsonAppend(array.get(), JsonRoot(json_object_new_int(days[i])));
+    return array.release();
 }
 
 int read_days(json_object *entry, int32_t days[DAYS]) {
@@ -127,9 +127,7 @@ json_object *describe_task(json_object *task, const char *time_key, const char *
     int32_t days[DAYS];
     days_from_week(_json_get_int(task, "week"), days);
     JsonRoot entry(json_object_new_object());
-    JsonRoot array(days_array(days));
-    if (JsonSetObj(entry.get(), nullptr, "daysOfWeek", array.get()) == 0) return nullptr;
-    static_cast<void>(array.release()); // now the entry's
+    if (JsonSetObj(entry.get(), nullptr, "daysOfWeek", JsonRoot(days_array(days))) == 0) return nullptr;
     JsonSetStr(entry.get(), nullptr, time_key, time);
     JsonSetBool(entry.get(), nullptr, "open", _json_get_int(task, "enable") != 0);
     return entry.release();
@@ -137,18 +135,18 @@ json_object *describe_task(json_object *task, const char *time_key, const char *
 
 int fill_schedule(json_object *document, const char *name, const char *action,
                   json_object *(*describe)(json_object *task)) {
-    json_object *array = json_object_new_array();
-    if (array == nullptr) {
+    JsonRoot array(json_object_new_array());
+    if (!array) {
         perror("JsonArrayNew");
         return -1;
     }
-    JsonSetObj(document, nullptr, name, array);
     JsonRoot root;
     json_object *tasks = list_tasks(&root);
     const size_t n = tasks != nullptr ? json_object_array_length(tasks) : 0;
     for (size_t i = 0; i < n; ++i) {
         json_object *task = json_object_array_get_idx(tasks, i);
-        if (has_action(task, action)) json_object_array_add(array, describe(task));
+        if (has_action(task, action)) JsonAppend(array.get(), JsonRoot(describe(task)));
     }
+    JsonSetObj(document, nullptr, name, std::move(array));
     return 0;
 }

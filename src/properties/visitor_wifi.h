@@ -33,9 +33,12 @@ int visitorWifi_report();
 
 // Refreshes a record from the daemon; what the daemon does not give stays. 0, or -1 for a null record.
 int get_visitorWifi_config(VisitorWifi *visitor);
-int get_dual();                                   // the daemon's main switch; 0 when it does not answer
-int get_visitor_control(VisitorWifi *visitor);    // open duration and main switch; -1 when it does not answer
-int set_visitorwifi_config(VisitorWifi *request); // applies a request; 0, or -1
+int get_dual();                                // the daemon's main switch; 0 when it does not answer
+int get_visitor_control(VisitorWifi *visitor); // open duration and main switch; -1 when it does not answer
+// Applies a request, in which -1 is a switch that it does not name: a change of the main switch goes for both
+// networks, and stands in the request afterwards. The guest control's result; -1, with nothing written, for
+// null or without the switches that it needs. A network that the daemon refuses is logged and no failure.
+int set_visitorwifi_config(VisitorWifi *request);
 int set_wifi2g_vistor(const VisitorWifi &visitor); // one radio's guest network; the daemon's result
 int set_wifi5g_vistor(const VisitorWifi &visitor);
 int time_control(int open_duration, int main_open); // the guest control; the daemon's result

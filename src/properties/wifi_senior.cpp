@@ -129,7 +129,5 @@ int wifi_senior_config_set(int radio, const WifiSenior *senior) {
         senior->txpower, senior->bandwidth, senior->channel);
     BusMessage message;
     write_message(MESSAGE_ROWS, senior, &message);
-    const int result = set_dev_info(object, "set", message);
-    if (result != 0) LOG("set wifi senior config fail");
-    return result;
+    return set_or_log(object, "set", message, "set wifi senior config fail");
 }

@@ -16,8 +16,6 @@ namespace {
 std::mutex client_mutex; // the socket must not be closed under a sender
 Descriptor client;
 
-constexpr size_t RESTART_DATAGRAM = 128;
-
 } // namespace
 
 sockaddr_in event_address() {
@@ -61,10 +59,7 @@ int get_networkRestartTime_info(char *mac, int mac_length, int *delay) {
 }
 
 void send_restart_event(const char *mac, const char *interface_name, int delay) {
-    char datagram[RESTART_DATAGRAM] = {};
-    snprintf(datagram, sizeof datagram,
-             "{\"action\": \"networkRestartTime\", \"mac\": \"%s\", \"interfaceName\": \"%s\", "
-             "\"networkDelay\": %d}%s",
-             mac == nullptr ? "" : mac, interface_name == nullptr ? "" : interface_name, delay, "");
-    udp_send_data(datagram, sizeof datagram);
+    send_event<128>("{\"action\": \"networkRestartTime\", \"mac\": \"%s\", \"interfaceName\": \"%s\", "
+                    "\"networkDelay\": %d}",
+                    mac == nullptr ? "" : mac, interface_name == nullptr ? "" : interface_name, delay);
 }

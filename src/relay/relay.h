@@ -5,6 +5,11 @@
 
 #include <cstddef>
 
+// Bytes of an event's body with its end; a longer one is cut.
+inline constexpr size_t EVENT_BODY = 200;
+// The longest quoted address that the body of "RemoteCapSuccess" carries whole.
+inline constexpr size_t CAPTURE_ADDRESS_MAX = EVENT_BODY - sizeof R"({"result": })";
+
 // What the relay calls in modules that build on it; main sets them before the relay thread starts. A null
 // slot is passed over.
 struct RelayActions {

@@ -16,9 +16,8 @@
 
 namespace {
 
-// Bytes of an event's body, longer ones are cut. Texts from elsewhere are quoted as JSON: whoever may send a
-// datagram must not write the event's other members.
-constexpr size_t BODY = 200;
+// Texts from elsewhere are quoted as JSON: whoever may send a datagram must not write the event's other
+// members.
 constexpr size_t ADDRESS = 256;
 constexpr int64_t MISSING = -1; // what the integer reader gives for a missing member
 
@@ -61,8 +60,8 @@ int device_upgrade(json_object *event) {
     const char *mac = JsonGetStr(event, "mac");
     const char *message = JsonGetStr(event, "msg");
     if (mac == nullptr || message == nullptr) return -31;
-    auto body = format_text<BODY>("{\"mac\":%s, \"msg\":%s, \"result\": %d}", JsonQuote(mac).c_str(),
-                                  JsonQuote(message).c_str(), integer_of(event, "result"));
+    auto body = format_text<EVENT_BODY>("{\"mac\":%s, \"msg\":%s, \"result\": %d}", JsonQuote(mac).c_str(),
+                                        JsonQuote(message).c_str(), integer_of(event, "result"));
     TEBRA_SDK_PostEvent("deviceUpgrade", body.text);
     return 0;
 }
@@ -72,7 +71,7 @@ int config_report_progress(json_object *event) {
     if (mac == nullptr) return -3;
     int result = integer_of(event, "result");
     LOG("handle receive cfgReportProgress : %d\n", result);
-    auto body = format_text<BODY>("{\"mac\":%s, \"result\": %d}", JsonQuote(mac).c_str(), result);
+    auto body = format_text<EVENT_BODY>("{\"mac\":%s, \"result\": %d}", JsonQuote(mac).c_str(), result);
     TEBRA_SDK_PostEvent("cfgReportProgress", body.text);
     return 0;
 }
@@ -89,8 +88,12 @@ int device_connect(json_object *event) {
         return -5;
     }
     LOG("mac:%s", mac);
-    auto body = format_text<BODY>("{\"mac\":%s, \"name\": %s, \"time\": %ld}", JsonQuote(mac).c_str(),
-                                  JsonQuote(name).c_str(), static_cast<long>(JsonGetInt64(event, "time")));
+    const auto body_with = [&](const std::string &quoted_name) {
+        return format_text<EVENT_BODY>("{\"mac\":%s, \"name\": %s, \"time\": %ld}", JsonQuote(mac).c_str(),
+                                       quoted_name.c_str(), static_cast<long>(JsonGetInt64(event, "time")));
+    };
+    const size_t room = EVENT_BODY - 1 - strlen(body_with("").text);
+    const auto body = body_with(JsonQuote(name, room));
     printf("TEBRA_SDK_PostEvent[deviceConnet]: %s\n", body.text);
     TEBRA_SDK_PostEvent("deviceConnet", body.text); // the cloud expects it spelled so
     return 0;
@@ -106,15 +109,15 @@ int network_restart_time(json_object *event) {
     char interface_name[128];
     copy_text(mac, JsonGetStr(event, "mac"));
     copy_text(interface_name, JsonGetStr(event, "interfaceName"));
-    auto body =
-        format_text<BODY>("{\"mac\":%s, \"interfaceName\":%s, \"networkDelay\": %d}", JsonQuote(mac).c_str(),
-                          JsonQuote(interface_name).c_str(), integer_or(event, "networkDelay", 0));
+    auto body = format_text<EVENT_BODY>("{\"mac\":%s, \"interfaceName\":%s, \"networkDelay\": %d}",
+                                        JsonQuote(mac).c_str(), JsonQuote(interface_name).c_str(),
+                                        integer_or(event, "networkDelay", 0));
     TEBRA_SDK_PostEvent("networkRestartTime", body.text);
     return 0;
 }
 
 int out_format_feedback(json_object *event) {
-    auto body = format_text<BODY>("{\"result\": %d}", integer_or(event, "result", 1));
+    auto body = format_text<EVENT_BODY>("{\"result\": %d}", integer_or(event, "result", 1));
     TEBRA_SDK_PostEvent("outFormatFeedback", body.text);
     return 0;
 }
@@ -124,7 +127,7 @@ int remote_capture_success(json_object *) {
     char address[ADDRESS] = {};
     actions.capture_address(address, sizeof address);
     LOG("realurl: %s", address);
-    auto body = format_text<BODY>("{\"result\": %s}", JsonQuote(address).c_str());
+    auto body = format_text<EVENT_BODY>("{\"result\": %s}", JsonQuote(address).c_str());
     TEBRA_SDK_PostEvent("RemoteCapSuccess", body.text);
     return 0;
 }

@@ -2,30 +2,25 @@
 #include "services/account.h"
 
 #include <cstring>
-#include <string>
 
 #include "core/bus.h"
 #include "core/log.h"
 #include "digests/digest.h"
 
-namespace {
-
-bool encode(const char *passwd, std::string *text) {
+bool encode_passwd(const char *passwd, std::string *text) {
     const size_t length = passwd == nullptr ? 0 : strlen(passwd);
     text->resize((length + 2) / 3 * 4);
     size_t written = 0;
     return base64_encode(reinterpret_cast<const uint8_t *>(passwd), length, text->data(), &written) == 0;
 }
 
-} // namespace
-
 int set_passwd(const char *user, const char *old_passwd, const char *new_passwd) {
     std::string old_text, new_text;
-    if (!encode(old_passwd, &old_text)) {
+    if (!encode_passwd(old_passwd, &old_text)) {
         LOG("encode old passwd fail");
         return -1;
     }
-    if (!encode(new_passwd, &new_text)) {
+    if (!encode_passwd(new_passwd, &new_text)) {
         LOG("encode new passwd fail");
         return -1;
     }

@@ -1,31 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/backup_document.h"
 
-#include <cstring>
-#include <span>
-
 #include "core/json_path.h"
 #include "core/log.h"
-#include "properties/wifi_encryption.h"
 #include "services/backup_fields.h"
 
 namespace {
-
-using Texts = std::span<const char *const>;
-
-constexpr const char *CIPHERS[] = {"NONE", "AES", "TKIP", "TKIP/AES"};
-constexpr const char *SOURCES6[] = {"DHCPv6", "Static"};
-constexpr const char *PREFIX_SOURCES[] = {"None", "PrefixDelegation", "Static"};
-
-const char *text_of(Texts texts, int32_t code) {
-    return code >= 0 && static_cast<size_t>(code) < texts.size() ? texts[static_cast<size_t>(code)] : nullptr;
-}
-
-int32_t code_of(Texts texts, const char *text) {
-    for (size_t code = 0; text != nullptr && code < texts.size(); code++)
-        if (strcmp(text, texts[code]) == 0) return static_cast<int32_t>(code);
-    return -1;
-}
 
 // The object's member, null when it is none of that type.
 json_object *section_of(json_object *object, const char *name, json_type type = json_type_object) {
@@ -116,32 +96,9 @@ void read_backup_document(json_object *document, BackupRecord *record) {
     read_internet(section_of(document, backup::INTERNET), &record->internet);
     read_request(backup::MESH_RESTORE, section_of(document, backup::MESH), &record->mesh);
     read_iptv(section_of(document, backup::IPTV), &record->iptv);
-    json_object *account = section_of(document, backup::ACCOUNT);
-    read_request(backup::USERNAME, account, &record->account);
-    read_request(backup::PASSWORD, account, &record->account);
+    read_request(backup::ACCOUNT_ROWS, section_of(document, backup::ACCOUNT), &record->account);
 }
 
 const char *get_realBeaconType(int32_t code) {
-    return text_of(WIFI_AUTHMODES, code);
-}
-int32_t beacon_type_code(const char *authmode) {
-    return code_of(WIFI_AUTHMODES, authmode);
-}
-const char *cipher_text(int32_t code) {
-    return text_of(CIPHERS, code);
-}
-int32_t cipher_code(const char *encrypt) {
-    return code_of(CIPHERS, encrypt);
-}
-const char *source6_text(int32_t code) {
-    return text_of(SOURCES6, code);
-}
-int32_t source6_code(const char *source) {
-    return code_of(SOURCES6, source);
-}
-const char *prefix_source_text(int32_t code) {
-    return text_of(PREFIX_SOURCES, code);
-}
-int32_t prefix_source_code(const char *source) {
-    return code_of(PREFIX_SOURCES, source);
+    return backup::text_in<WIFI_AUTHMODES>(code);
 }

@@ -101,13 +101,5 @@ struct BackupRecord {
 // Any thread.
 void read_backup_document(json_object *document, BackupRecord *record);
 
-// Codes and the daemon's texts for them, the same tables in both directions: null for a code without a text;
-// -1 for a text without a code, and for null.
-const char *get_realBeaconType(int32_t code); // 0 to 5, the encryption codes of wifi_encryption.h
-int32_t beacon_type_code(const char *authmode);
-const char *cipher_text(int32_t code); // 0 NONE, 1 AES, 2 TKIP, 3 TKIP/AES
-int32_t cipher_code(const char *encrypt);
-const char *source6_text(int32_t code); // 0 DHCPv6, 1 Static
-int32_t source6_code(const char *source);
-const char *prefix_source_text(int32_t code); // 0 None, 1 PrefixDelegation, 2 Static
-int32_t prefix_source_code(const char *source);
+// The daemon's text for one of the encryption codes of wifi_encryption.h; null for another one.
+const char *get_realBeaconType(int32_t code);

@@ -3,7 +3,11 @@
 // order is that of the daemon's messages.
 #pragma once
 
+#include <cstring>
+#include <iterator>
+
 #include "properties/field.h"
+#include "properties/wifi_encryption.h"
 #include "services/backup_document.h"
 
 namespace backup {
@@ -14,6 +18,23 @@ inline constexpr char MESH[] = "MESHCfg";
 inline constexpr char IPTV[] = "IPTVCfg";
 inline constexpr char IPTV_LIST[] = "cfg_list"; // the daemon's name as well
 inline constexpr char ACCOUNT[] = "UserPwdCfg";
+
+// Texts of the daemon's, each at its code in the document.
+inline constexpr const char *CIPHERS[] = {"NONE", "AES", "TKIP", "TKIP/AES"};
+inline constexpr const char *SOURCES6[] = {"DHCPv6", "Static"}; // see BACKUP_SOURCE_STATIC
+inline constexpr const char *PREFIX_SOURCES[] = {"None", "PrefixDelegation", "Static"};
+
+// A code's text; null without one. And the other direction: -1 for null and for other texts.
+template <const auto &TEXTS>
+const char *text_in(int32_t code) {
+    return code >= 0 && code < static_cast<int32_t>(std::size(TEXTS)) ? TEXTS[code] : nullptr;
+}
+template <const auto &TEXTS>
+int32_t code_in(const char *text) {
+    for (size_t code = 0; text != nullptr && code < std::size(TEXTS); code++)
+        if (strcmp(text, TEXTS[code]) == 0) return static_cast<int32_t>(code);
+    return -1;
+}
 
 // WiFiCfg
 inline constexpr Field SAME_SSID[] = {FIELD(Integer, BackupWifi, same_ssid, "SameSSIDStatus", "wifidual")};
@@ -45,8 +66,9 @@ inline constexpr RadioRows RADIOS[] = {
 inline constexpr Field SENIOR[] = {
     FIELD(Integer, BackupRadio, bandwidth, "BandWidth", "bandwidth"),
     FIELD(Integer, BackupRadio, channel, "Channel", "channel"),
-    FIELD(Integer, BackupRadio, encryption, "Encryption", "encrypt", cipher_code, cipher_text),
-    FIELD(Integer, BackupRadio, beacon_type, "BeaconType", "authmode", beacon_type_code, get_realBeaconType),
+    FIELD(Integer, BackupRadio, encryption, "Encryption", "encrypt", code_in<CIPHERS>, text_in<CIPHERS>),
+    FIELD(Integer, BackupRadio, beacon_type, "BeaconType", "authmode", code_in<WIFI_AUTHMODES>,
+          get_realBeaconType),
 };
 
 // InternetCfg
@@ -58,7 +80,8 @@ inline constexpr Field MODES[] = {
 inline constexpr Field RELAY[] = {
     FIELD(Text, BackupInternet, essid, "ESSID", "ssid"),
     FIELD(Text, BackupInternet, password, "PassWord", "key"),
-    FIELD(Integer, BackupInternet, authmode, "authmode", "authmode", beacon_type_code, get_realBeaconType),
+    FIELD(Integer, BackupInternet, authmode, "authmode", "authmode", code_in<WIFI_AUTHMODES>,
+          get_realBeaconType),
     FIELD(Integer, BackupInternet, radio_type, "RadioType", nullptr),
 };
 inline constexpr Field PPPOE[] = {
@@ -83,12 +106,12 @@ inline constexpr Field ADDRESS6[] = {
     FIELD(Text, BackupInternet, gateway6, "Gateway6", "gateway6"),
 };
 inline constexpr Field DNS6_SOURCE[] = {
-    FIELD(Integer, BackupInternet, dns6_source, "DNSv6Src", "dns6type", source6_code, source6_text),
+    FIELD(Integer, BackupInternet, dns6_source, "DNSv6Src", "dns6type", code_in<SOURCES6>, text_in<SOURCES6>),
 };
 inline constexpr Field DNS6[] = {FIELD(Text, BackupInternet, dns6, "DNSv6", "dns6")};
 inline constexpr Field PREFIX_SOURCE[] = {
-    FIELD(Integer, BackupInternet, prefix_source, "PrefixSrc", "ipv6prefixOrigin", prefix_source_code,
-          prefix_source_text),
+    FIELD(Integer, BackupInternet, prefix_source, "PrefixSrc", "ipv6prefixOrigin", code_in<PREFIX_SOURCES>,
+          text_in<PREFIX_SOURCES>),
 };
 inline constexpr Field PREFIX_DELEGATION[] = {
     FIELD(Text, BackupInternet, prefix_delegation, "PrefixDelegation", "ipv6prefix6"),
@@ -99,10 +122,12 @@ inline constexpr Field PREFIX_LENGTH[] = {
 };
 // Where address and gateway come from: one setting of the daemon's, only read there.
 inline constexpr Field ADDRESS6_SOURCE[] = {
-    FIELD(Integer, BackupInternet, address6_source, "GUASrc", "ipv6type", source6_code, source6_text),
+    FIELD(Integer, BackupInternet, address6_source, "GUASrc", "ipv6type", code_in<SOURCES6>,
+          text_in<SOURCES6>),
 };
 inline constexpr Field GATEWAY6_SOURCE[] = {
-    FIELD(Integer, BackupInternet, gateway6_source, "Gatewayv6Src", "ipv6type", source6_code, source6_text),
+    FIELD(Integer, BackupInternet, gateway6_source, "Gatewayv6Src", "ipv6type", code_in<SOURCES6>,
+          text_in<SOURCES6>),
 };
 
 // MESHCfg. A backup and a restore spell the members differently, so that a document that the agent made does
@@ -127,7 +152,9 @@ inline constexpr Field IPTV_PORT[] = {
 };
 
 // UserPwdCfg. The daemon has the password in Base64.
-inline constexpr Field USERNAME[] = {FIELD(Text, BackupAccount, username, "Username", "user")};
-inline constexpr Field PASSWORD[] = {FIELD(Text, BackupAccount, password, "Password", nullptr)};
+inline constexpr Field ACCOUNT_ROWS[] = {
+    FIELD(Text, BackupAccount, username, "Username", "user"),
+    FIELD(Text, BackupAccount, password, "Password", nullptr),
+};
 
 } // namespace backup

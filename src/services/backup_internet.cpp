@@ -2,6 +2,7 @@
 // The reading side of the way to the Internet.
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/text.h"
@@ -49,7 +50,9 @@ void read_dns(json_object *wan, BackupInternet *internet) {
     std::string servers = _json_get_str(wan, "dns");
     for (char(&dns)[16] : internet->dns) {
         const size_t comma = servers.find(',');
-        copy_text(dns, servers.substr(0, comma).c_str());
+        std::string server = servers.substr(0, comma);
+        delete_strip_string_extra_characters(server.data());
+        copy_text(dns, server.c_str());
         servers.erase(0, comma == std::string::npos ? comma : comma + 1);
     }
 }

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "core/bus.h"
 #include "core/json_path.h"
@@ -91,12 +92,9 @@ int get_backupWeb_config(json_object *document) {
     json_object *reply = get_dev_info("vrop.devinfo", "getaccount", &root);
     if (reply == nullptr) return -1;
     BackupAccount account;
-    read_daemon(USERNAME, reply, &account);
+    read_daemon(ACCOUNT_ROWS, reply, &account);
     decode_password(_json_get_str(reply, "passwd"), &account);
-    JsonRoot section(json_object_new_object());
-    if (!section || add_rows(USERNAME, &account, section.get()) != 0) return -1;
-    if (add_rows(PASSWORD, &account, section.get()) != 0) return -1;
-    return add_section(document, ACCOUNT, std::move(section));
+    return add_record(document, ACCOUNT, ACCOUNT_ROWS, &account);
 }
 
 int get_backupIptv_config(json_object *document) {
@@ -110,8 +108,7 @@ int get_backupIptv_config(json_object *document) {
         read_request(IPTV_PORT, json_object_array_get_idx(ports, i), &port);
         JsonRoot element(json_object_new_object());
         if (!element || add_rows(IPTV_PORT, &port, element.get()) != 0) return -1;
-        if (json_object_array_add(list.get(), element.get()) != 0) return -1;
-        static_cast<void>(element.release()); // the list's now
+        if (JsonAppend(list.get(), std::move(element)) == 0) return -1;
     }
     JsonRoot section(json_object_new_object());
     if (add_section(section.get(), IPTV_LIST, std::move(list)) != 0) return -1;

@@ -11,9 +11,7 @@ namespace backup {
 
 // Hands a section to the document. 0; -1 without one, or when memory ran out.
 inline int add_section(json_object *document, const char *name, JsonRoot section) {
-    if (!section || JsonSetObj(document, nullptr, name, section.get()) == 0) return -1;
-    static_cast<void>(section.release()); // the document's now
-    return 0;
+    return JsonSetObj(document, nullptr, name, std::move(section)) == 1 ? 0 : -1;
 }
 
 // Adds what the record gives. 0 or -1.

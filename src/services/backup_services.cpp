@@ -24,7 +24,6 @@
 
 namespace {
 
-constexpr size_t PROGRESS_DATAGRAM = 128;
 constexpr unsigned STEP_SECONDS = 2;
 constexpr unsigned LAST_STEP_SECONDS = 1;
 constexpr size_t BACKUP_URL_SIZE = 256;
@@ -141,10 +140,8 @@ int set_fileName(char *name, int size) {
     char model[64];
     copy_text(model, _json_get_str(info, "model"));
     make_file_name(model);
-    char mac[18] = "";
-    const MacBytes bytes = mac_from_hex(_json_get_str(info, "mac"));
-    snprintf(mac, sizeof mac, "%02X:%02X:%02X:%02X:%02X:%02X%s", bytes.byte[0] & 0xff, bytes.byte[1] & 0xff,
-             bytes.byte[2] & 0xff, bytes.byte[3] & 0xff, bytes.byte[4] & 0xff, bytes.byte[5] & 0xff, "");
+    char mac[19] = "";
+    set_colon_mac(_json_get_str(info, "mac"), mac, sizeof mac);
     const struct tm now = local_time();
     const Text<32> time = format_text<32>("%04d%02d%02d%02d%02d%s", now.tm_year + 1900, now.tm_mon + 1,
                                           now.tm_mday, now.tm_hour, now.tm_min, "");
@@ -153,10 +150,7 @@ int set_fileName(char *name, int size) {
 }
 
 void cfgReport_progress(int percent) {
-    Text<PROGRESS_DATAGRAM> datagram = {};
-    snprintf(datagram.text, sizeof datagram.text, "{\"action\": \"cfgReportProgress\", \"progress\": %d}%s",
-             percent, "");
-    udp_send_data(datagram.text, sizeof datagram.text);
+    send_event<128>("{\"action\": \"cfgReportProgress\", \"progress\": %d}", percent);
 }
 
 int cfgReport_threadStart() {

@@ -48,9 +48,11 @@ bool upload_is_due(CaptureSettings *due) {
     return false;
 }
 
-// Hands the address and the file to the helper, and removes the file.
+// Hands the address and the file to the helper, and removes the file. While another upload is under way it is
+// left for a later round, since the thread has more to do.
 void send_once(const CaptureSettings &due, const char *command) {
-    const UrlFile address(due.upload_url, LogSite::here());
+    const UrlFile address(due.upload_url, LogSite::here(), std::try_to_lock);
+    if (!address.has_turn()) return;
     const bool uploaded = address && rvxa_run_cmd_ext(command) == 0;
     unlink(due.path);
     if (uploaded) udp_send_data(SUCCESS, sizeof SUCCESS - 1);

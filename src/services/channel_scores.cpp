@@ -18,10 +18,6 @@ ChannelScore score_of(json_object *entry) {
 
 } // namespace
 
-int radio_of(int cloud_radio) {
-    return cloud_radio == CLOUD_RADIO_5G ? RADIO_5G : RADIO_2G;
-}
-
 bool read_channel_scores(int cloud_radio, std::vector<ChannelScore> *scores) {
     JsonRoot root;
     json_object *list = get_dev_specInfo(radio_device(radio_of(cloud_radio)), "getchannelscore",

@@ -5,12 +5,6 @@
 
 #include <vector>
 
-inline constexpr int CLOUD_RADIO_2G = 1;
-inline constexpr int CLOUD_RADIO_5G = 2;
-
-// The radio of properties/radio.h: 5 GHz for 2, 2.4 GHz for any other number.
-int radio_of(int cloud_radio);
-
 struct ChannelScore {
     int channel;
     int score; // 0 worst, 100 best; 0 also where the daemon gives none

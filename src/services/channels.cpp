@@ -2,12 +2,14 @@
 #include "services/channels.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
+#include "core/bus.h"
 #include "core/json_path.h"
 #include "core/report_gate.h"
+#include "properties/radio.h"
 #include "properties/restart.h"
-#include "properties/wifi_senior.h"
 #include "services/channel_scores.h"
 #include "services/members.h"
 #include "services/service.h"
@@ -32,7 +34,7 @@ bool read_channels(int radio, RadioChannels *channels) {
 // The document of the radios that are meant, an object for each. All are read first: a failure when one of
 // them cannot be, and none has been changed then.
 ServiceAnswer for_each_radio(const ServiceRequest &request,
-                             json_object *(*describe)(const RadioChannels &, LogSite)) {
+                             JsonRoot (*describe)(const RadioChannels &, LogSite)) {
     Radios radios = {};
     if (!take_radios(request.json, &radios)) return answer_failed();
     std::vector<RadioChannels> read;
@@ -41,26 +43,24 @@ ServiceAnswer for_each_radio(const ServiceRequest &request,
             LOG_AT(request.site, "radio:%d is not to be read", radio);
             return answer_failed();
         }
-    JsonRoot document(json_object_new_object());
-    json_object *list = json_object_new_array();
+    JsonRoot list(json_object_new_array());
     for (const RadioChannels &channels : read)
-        json_object_array_add(list, describe(channels, request.site));
-    JsonSetObj(document.get(), nullptr, "radios", list);
-    return answer_with(JsonPlainText(document.get()));
+        JsonAppend(list.get(), describe(channels, request.site));
+    return answer_with_list("radios", std::move(list));
 }
 
-json_object *describe_quality(const RadioChannels &channels, LogSite) {
-    json_object *list = json_object_new_array();
+JsonRoot describe_quality(const RadioChannels &channels, LogSite) {
+    JsonRoot list(json_object_new_array());
     for (const ChannelScore &each : channels.scores) {
-        json_object *entry = json_object_new_object();
-        JsonSetInt64(entry, nullptr, "channel", each.channel);
-        JsonSetInt64(entry, nullptr, "score", each.score);
-        json_object_array_add(list, entry);
+        JsonRoot entry(json_object_new_object());
+        JsonSetInt64(entry.get(), nullptr, "channel", each.channel);
+        JsonSetInt64(entry.get(), nullptr, "score", each.score);
+        JsonAppend(list.get(), std::move(entry));
     }
-    json_object *radio = json_object_new_object();
-    JsonSetInt64(radio, nullptr, "radio", channels.radio);
-    JsonSetInt64(radio, nullptr, "current", channels.current);
-    JsonSetObj(radio, nullptr, "channels", list);
+    JsonRoot radio(json_object_new_object());
+    JsonSetInt64(radio.get(), nullptr, "radio", channels.radio);
+    JsonSetInt64(radio.get(), nullptr, "current", channels.current);
+    JsonSetObj(radio.get(), nullptr, "channels", std::move(list));
     return radio;
 }
 
@@ -79,29 +79,27 @@ ChannelScore best_of(const RadioChannels &channels) {
 }
 
 bool move_to(int cloud_radio, int channel, LogSite site) {
-    WifiSenior settings = {};
-    const int radio = radio_of(cloud_radio);
-    if (wifi_senior_config_get(radio, &settings) != 0 || settings.mode[0] == '\0') return false;
     announce_restart(INTERFACE);
-    settings.channel = channel;
-    const bool moved = wifi_senior_config_set(radio, &settings) == 0;
+    BusMessage message;
+    message.integer("channel", channel);
+    const bool moved = set_dev_info(radio_settings(radio_of(cloud_radio)), "set", message) == 0;
     LOG_AT(site, "radio:%d channel:%d %s", cloud_radio, channel, moved ? "ok" : "fail");
     return moved;
 }
 
-json_object *tune(const RadioChannels &channels, LogSite site) {
+JsonRoot tune(const RadioChannels &channels, LogSite site) {
     ChannelScore now = score_of(channels, channels.current);
     const ChannelScore best = best_of(channels);
     const bool worth_it =
         best.channel > 0 && best.channel != now.channel && best.score - now.score >= WORTH_A_MOVE;
     const bool changed = worth_it && move_to(channels.radio, best.channel, site);
     if (changed) now = best;
-    json_object *radio = json_object_new_object();
-    JsonSetInt64(radio, nullptr, "radio", channels.radio);
-    JsonSetInt64(radio, nullptr, "from", channels.current);
-    JsonSetInt64(radio, nullptr, "to", now.channel);
-    JsonSetInt64(radio, nullptr, "score", now.score);
-    JsonSetBool(radio, nullptr, "changed", changed);
+    JsonRoot radio(json_object_new_object());
+    JsonSetInt64(radio.get(), nullptr, "radio", channels.radio);
+    JsonSetInt64(radio.get(), nullptr, "from", channels.current);
+    JsonSetInt64(radio.get(), nullptr, "to", now.channel);
+    JsonSetInt64(radio.get(), nullptr, "score", now.score);
+    JsonSetBool(radio.get(), nullptr, "changed", changed);
     return radio;
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The service that uploads the router's own export of its configuration.
+#include "services/config_export.h"
+
 #include <mutex>
 #include <string>
 #include <unistd.h>
 
 #include "core/bus.h"
-#include "services/backup_services.h"
 #include "services/service.h"
 #include "services/upload.h"
 

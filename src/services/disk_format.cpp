@@ -21,7 +21,6 @@
 namespace {
 
 constexpr size_t LONGEST_PATH = 127;
-constexpr int ANOTHER_AT_WORK = 409;
 constexpr char ALLOWED[] = "1";
 constexpr char OBJECT[] = "vrop.ecm";
 constexpr unsigned LONGEST_SECONDS = 600;
@@ -32,10 +31,7 @@ enum FormatState { FORMAT_GOOD = 0, FORMAT_AT_WORK = 1, FORMAT_BAD = 2 };
 std::atomic<bool> at_work;
 
 void report_outcome(int result) {
-    Text<256> datagram = {};
-    snprintf(datagram.text, sizeof datagram.text, "{\"action\": \"outFormatFeedback\", \"result\": %d}%s",
-             result, "");
-    udp_send_data(datagram.text, sizeof datagram.text);
+    send_event<256>("{\"action\": \"outFormatFeedback\", \"result\": %d}", result);
 }
 
 // Where the daemon's work stands. One that does not answer now may do so later.
@@ -82,7 +78,7 @@ ServiceAnswer format_disk(const ServiceRequest &request) {
         LOG_AT(request.site, "format disk is refused");
         return answer_failed();
     }
-    if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
+    if (at_work.exchange(true)) return answer_failed("{}", -1, SERVICE_BUSY);
     if (start_detached(format_proc, path.get()) != 0) {
         at_work = false;
         LOG_AT(request.site, "create pthread fail");

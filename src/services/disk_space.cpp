@@ -26,18 +26,10 @@ std::mutex questions_mutex;
 std::condition_variable answered;
 std::map<std::string, std::shared_ptr<Question>> open_questions;
 
-std::optional<DiskSpace> ask(const std::string &path) {
-    struct statvfs disk = {};
-    if (statvfs(path.c_str(), &disk) != 0) return {};
-    const unsigned long long block = disk.f_frsize;
-    return DiskSpace{static_cast<int64_t>(disk.f_blocks * block / KIB),
-                     static_cast<int64_t>(disk.f_bavail * block / KIB)};
-}
-
 void *ask_and_tell(void *argument) {
     const std::unique_ptr<std::shared_ptr<Question>> question(
         static_cast<std::shared_ptr<Question> *>(argument));
-    const std::optional<DiskSpace> answer = ask((*question)->path);
+    const std::optional<DiskSpace> answer = own_disk_space((*question)->path.c_str());
     std::lock_guard lock(questions_mutex);
     (*question)->answer = answer;
     (*question)->answered = true;
@@ -57,6 +49,14 @@ std::shared_ptr<Question> new_question(const std::string &path) {
 }
 
 } // namespace
+
+std::optional<DiskSpace> own_disk_space(const char *path) {
+    struct statvfs disk = {};
+    if (statvfs(path, &disk) != 0) return {};
+    const unsigned long long block = disk.f_frsize;
+    return DiskSpace{static_cast<int64_t>(disk.f_blocks * block / KIB),
+                     static_cast<int64_t>(disk.f_bavail * block / KIB)};
+}
 
 std::optional<DiskSpace> disk_space(const std::string &path) {
     std::unique_lock lock(questions_mutex);

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdlib>
 #include <unistd.h>
+#include <utility>
 
 #include "core/files.h"
 #include "core/folder.h"
@@ -90,25 +91,23 @@ Disk disk_of(const std::string &device, const std::vector<Mount> &mounts) {
     return disk;
 }
 
-json_object *disk_object(const Disk &disk) {
-    json_object *entry = json_object_new_object();
-    JsonSetStr(entry, nullptr, "path", disk.path.c_str());
-    JsonSetStr(entry, nullptr, "device", disk.device.c_str());
-    JsonSetStr(entry, nullptr, "fs", disk.filesystem.c_str());
-    JsonSetInt64(entry, nullptr, "total", disk.total);
-    JsonSetInt64(entry, nullptr, "free", disk.free);
-    JsonSetBool(entry, nullptr, "readOnly", disk.status == DISK_READ_ONLY);
-    JsonSetInt64(entry, nullptr, "status", disk.status);
+JsonRoot disk_object(const Disk &disk) {
+    JsonRoot entry(json_object_new_object());
+    JsonSetStr(entry.get(), nullptr, "path", disk.path.c_str());
+    JsonSetStr(entry.get(), nullptr, "device", disk.device.c_str());
+    JsonSetStr(entry.get(), nullptr, "fs", disk.filesystem.c_str());
+    JsonSetInt64(entry.get(), nullptr, "total", disk.total);
+    JsonSetInt64(entry.get(), nullptr, "free", disk.free);
+    JsonSetBool(entry.get(), nullptr, "readOnly", disk.status == DISK_READ_ONLY);
+    JsonSetInt64(entry.get(), nullptr, "status", disk.status);
     return entry;
 }
 
 ServiceAnswer list_disks(const ServiceRequest &) {
-    JsonRoot document(json_object_new_object());
-    json_object *disks = json_object_new_array();
+    JsonRoot disks(json_object_new_array());
     for (const Disk &disk : external_disks())
-        json_object_array_add(disks, disk_object(disk));
-    JsonSetObj(document.get(), nullptr, "disks", disks);
-    return answer_with(JsonPlainText(document.get()));
+        JsonAppend(disks.get(), disk_object(disk));
+    return answer_with_list("disks", std::move(disks));
 }
 
 constexpr Service DISK_CHECK = {.name = "diskCheck", .entry = "diskCheck_call ...\n"};

@@ -6,14 +6,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <sys/statvfs.h>
 #include <unistd.h>
+#include <utility>
 
 #include "core/clock.h"
 #include "core/files.h"
 #include "core/folder.h"
 #include "core/json_path.h"
 #include "core/text.h"
+#include "services/disk_space.h"
 #include "services/service.h"
 
 namespace {
@@ -23,7 +24,6 @@ constexpr size_t PROC_MAX = 64 * 1024;
 constexpr char ZONES[] = "/sys/class/thermal/";
 constexpr const char *FLASH_FOLDERS[] = {"/overlay",
                                          "/apetc"}; // where settings are kept, the first that there is
-constexpr size_t KIB = 1024;
 
 std::string proc_text(const char *path) {
     std::string text;
@@ -31,17 +31,17 @@ std::string proc_text(const char *path) {
 }
 
 // What is no number of JSON counts as 0.
-json_object *decimal(double value) {
+JsonRoot decimal(double value) {
     if (!std::isfinite(value)) value = 0;
-    return json_object_new_double_s(value, format_text<32>("%.2f", value).text);
+    return JsonRoot(json_object_new_double_s(value, format_text<32>("%.2f", value).text));
 }
 
-json_object *load_array() {
+JsonRoot load_array() {
     double load[3] = {};
     sscanf(first_line("/proc/loadavg").c_str(), "%lf %lf %lf", &load[0], &load[1], &load[2]);
-    json_object *array = json_object_new_array();
+    JsonRoot array(json_object_new_array());
     for (double value : load)
-        json_object_array_add(array, decimal(value));
+        JsonAppend(array.get(), decimal(value));
     return array;
 }
 
@@ -61,26 +61,26 @@ void add_memory(json_object *document) {
 }
 
 void add_flash(json_object *document) {
-    struct statvfs flash = {};
+    std::optional<DiskSpace> flash;
     for (const char *folder : FLASH_FOLDERS)
-        if (statvfs(folder, &flash) == 0) break;
-    const unsigned long long block = flash.f_frsize;
-    JsonSetInt64(document, "flash", "total", static_cast<int64_t>(flash.f_blocks * block / KIB));
-    JsonSetInt64(document, "flash", "free", static_cast<int64_t>(flash.f_bavail * block / KIB));
+        if ((flash = own_disk_space(folder))) break;
+    JsonSetInt64(document, "flash", "total", flash ? flash->total : 0);
+    JsonSetInt64(document, "flash", "free", flash ? flash->free : 0);
 }
 
 void add_temperatures(json_object *document) {
     constexpr double MILLIS = 1000.0;
-    json_object *list = json_object_new_array();
+    JsonRoot list(json_object_new_array());
     for (const std::string &zone : folder_names(ZONES)) {
         const std::string reading = first_line(ZONES + zone + "/temp");
         if (zone.rfind("thermal_zone", 0) != 0 || reading.empty()) continue;
-        json_object *entry = json_object_new_object();
-        JsonSetStr(entry, nullptr, "name", first_line(ZONES + zone + "/type").c_str());
-        JsonSetObj(entry, nullptr, "celsius", decimal(static_cast<double>(line_number(reading, 0)) / MILLIS));
-        json_object_array_add(list, entry);
+        JsonRoot entry(json_object_new_object());
+        JsonSetStr(entry.get(), nullptr, "name", first_line(ZONES + zone + "/type").c_str());
+        JsonSetObj(entry.get(), nullptr, "celsius",
+                   decimal(static_cast<double>(line_number(reading, 0)) / MILLIS));
+        JsonAppend(list.get(), std::move(entry));
     }
-    JsonSetObj(document, nullptr, "temperatures", list);
+    JsonSetObj(document, nullptr, "temperatures", std::move(list));
 }
 
 ServiceAnswer describe(const ServiceRequest &) {
@@ -90,7 +90,7 @@ ServiceAnswer describe(const ServiceRequest &) {
     add_flash(document.get());
     add_temperatures(document.get());
     JsonSetInt64(document.get(), nullptr, "uptime", line_number(first_line("/proc/uptime"), 0));
-    return answer_with(JsonPlainText(document.get()));
+    return answer_with(document);
 }
 
 constexpr Service PHYSICS_INFO = {.name = "physicsInfo", .entry = "physics_info_call ...\n"};

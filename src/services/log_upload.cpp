@@ -67,11 +67,8 @@ std::string next_line(FILE *log) {
 
 // Opens a log at the beginning of a line of its last part; nothing when there is none.
 FileHandle open_log(const char *path) {
-    Descriptor file = open_own_file(path);
-    FileHandle log(file ? fdopen(file.get(), "r") : nullptr);
-    if (!log) return log;
-    (void)file.release();
-    if (fseek(log.get(), -LONGEST_LOG, SEEK_END) == 0) next_line(log.get());
+    FileHandle log = open_own_stream(path);
+    if (log && fseek(log.get(), -LONGEST_LOG, SEEK_END) == 0) next_line(log.get());
     return log;
 }
 

@@ -4,10 +4,9 @@
 #include <algorithm>
 
 #include "core/json_path.h"
+#include "properties/radio.h"
 
 namespace {
-
-constexpr int RADIO_2G = 1, RADIO_5G = 2;
 
 bool is_control(char character) {
     const auto byte = static_cast<unsigned char>(character);
@@ -40,8 +39,8 @@ Member take_text(json_object *request, const char *key, size_t longest, std::str
 
 bool take_radios(json_object *request, Radios *radios) {
     int64_t radio = 0;
-    const Member given = take_integer(request, "radio", RADIO_2G, RADIO_5G, &radio);
+    const Member given = take_integer(request, "radio", CLOUD_RADIO_2G, CLOUD_RADIO_5G, &radio);
     const auto one = static_cast<int>(radio);
-    *radios = given == Member::good ? Radios{one, one} : Radios{RADIO_2G, RADIO_5G};
+    *radios = given == Member::good ? Radios{one, one} : Radios{CLOUD_RADIO_2G, CLOUD_RADIO_5G};
     return given != Member::bad;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/bus.h"
@@ -48,13 +49,13 @@ std::vector<Network> networks_of(json_object *list) {
     return networks;
 }
 
-json_object *network_object(const Network &network) {
-    json_object *entry = json_object_new_object();
-    JsonSetStr(entry, nullptr, "ssid", network.ssid.c_str());
-    JsonSetStr(entry, nullptr, "bssid", network.bssid.c_str());
-    JsonSetInt64(entry, nullptr, "channel", network.channel);
-    JsonSetInt64(entry, nullptr, "rssi", network.rssi);
-    JsonSetInt64(entry, nullptr, "encryption", network.encryption);
+JsonRoot network_object(const Network &network) {
+    JsonRoot entry(json_object_new_object());
+    JsonSetStr(entry.get(), nullptr, "ssid", network.ssid.c_str());
+    JsonSetStr(entry.get(), nullptr, "bssid", network.bssid.c_str());
+    JsonSetInt64(entry.get(), nullptr, "channel", network.channel);
+    JsonSetInt64(entry.get(), nullptr, "rssi", network.rssi);
+    JsonSetInt64(entry.get(), nullptr, "encryption", network.encryption);
     return entry;
 }
 
@@ -69,12 +70,10 @@ ServiceAnswer scan(const ServiceRequest &request) {
         LOG_AT(request.site, "relayScan fail");
         return answer_failed();
     }
-    json_object *list = json_object_new_array();
+    JsonRoot list(json_object_new_array());
     for (const Network &network : networks_of(found))
-        json_object_array_add(list, network_object(network));
-    JsonRoot document(json_object_new_object());
-    JsonSetObj(document.get(), nullptr, "relayList", list);
-    return answer_with(JsonPlainText(document.get()));
+        JsonAppend(list.get(), network_object(network));
+    return answer_with_list("relayList", std::move(list));
 }
 
 constexpr Service RELAY_SCAN = {.name = "relayScan",

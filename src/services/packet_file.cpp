@@ -35,8 +35,12 @@ void PacketLength::take(const uint8_t *bytes, size_t count) {
     while (count > 0) {
         const bool in_packet = left_in_packet_ > 0;
         const size_t taken = std::min(count, in_packet ? left_in_packet_ : header_size_ - in_header_);
-        if (!in_packet) memcpy(header_ + in_header_, bytes, taken);
-        (in_packet ? left_in_packet_ : in_header_) += in_packet ? -taken : taken;
+        if (in_packet) {
+            left_in_packet_ -= taken;
+        } else {
+            memcpy(header_ + in_header_, bytes, taken);
+            in_header_ += taken;
+        }
         bytes += taken;
         count -= taken;
         seen_ += taken;

@@ -7,6 +7,7 @@
 
 #include "core/bus.h"
 #include "core/clock.h"
+#include "core/files.h"
 #include "core/handles.h"
 #include "core/log.h"
 #include "core/text.h"
@@ -19,7 +20,7 @@ constexpr char LOSS_LINE[] = "loss";
 constexpr char TIMES_LINE[] = "round-trip";
 
 FileHandle open_result(const char *path, LogSite site = LogSite::here()) {
-    FileHandle file(fopen(path, "re"));
+    FileHandle file = open_own_stream(path);
     if (!file) LOG_AT(site, "open file:%s fail", PING_RESULT);
     return file;
 }
@@ -45,6 +46,15 @@ void read_average(char *line, char (&delay)[LINE_BYTES]) {
     if (sscanf(times, "%127[^/]/%127[^/]", shortest, average) == 2) copy_text(delay, average);
 }
 
+// Reads up to the line with the round-trip times, and the loss from those before. False when there is none.
+bool read_to_times(FILE *file, char (&line)[LINE_BYTES], int *loss) {
+    while (fgets(line, sizeof line, file) != nullptr) {
+        if (strstr(line, LOSS_LINE) != nullptr) read_loss(line, loss);
+        if (strstr(line, TIMES_LINE) != nullptr) return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int start_ping(const char *host, int count) {
@@ -58,12 +68,7 @@ int read_ping_result(PingResult *result) {
     const FileHandle file = open_result(access(PING_RESULT, F_OK) == 0 ? PING_RESULT : PING_RESULT_ELSEWHERE);
     if (!file) return -1;
     char line[LINE_BYTES];
-    while (fgets(line, sizeof line, file.get()) != nullptr) {
-        if (strstr(line, LOSS_LINE) != nullptr) read_loss(line, &result->loss);
-        if (strstr(line, TIMES_LINE) == nullptr) continue;
-        read_average(line, result->delay);
-        break;
-    }
+    if (read_to_times(file.get(), line, &result->loss)) read_average(line, result->delay);
     return 0;
 }
 
@@ -75,13 +80,9 @@ int get_dnsDelay(const char *host, int count, int timeout) {
     pause_seconds(DNS_PAUSE_SECONDS);
     const FileHandle file = open_result(PING_RESULT);
     if (!file) return 0;
-    int shortest = 0;
     char line[LINE_BYTES];
-    while (fgets(line, sizeof line, file.get()) != nullptr) {
-        if (strstr(line, TIMES_LINE) == nullptr) continue;
-        const char *times = strrchr(line, '=');
-        if (times != nullptr) shortest = leading_integer(times + 1);
-        break;
-    }
+    int loss = 0;
+    const char *times = read_to_times(file.get(), line, &loss) ? strrchr(line, '=') : nullptr;
+    const int shortest = times != nullptr ? leading_integer(times + 1) : 0;
     return shortest >= timeout ? 1 : 0;
 }

@@ -2,6 +2,7 @@
 #include "services/ports.h"
 
 #include <unistd.h>
+#include <utility>
 
 #include "core/folder.h"
 #include "core/json_path.h"
@@ -22,26 +23,24 @@ bool is_wired_port(const std::string &folder) {
            line_number(first_line(folder + "/type"), 0) == ETHERNET;
 }
 
-json_object *port_object(const std::string &name, const std::string &folder) {
+JsonRoot port_object(const std::string &name, const std::string &folder) {
     const bool link = line_number(first_line(folder + "/carrier"), 0) == 1;
     const long speed = line_number(first_line(folder + "/speed"), 0);
     const std::string duplex = first_line(folder + "/duplex");
-    json_object *port = json_object_new_object();
-    JsonSetStr(port, nullptr, "name", name.c_str());
-    JsonSetBool(port, nullptr, "link", link);
-    JsonSetInt64(port, nullptr, "speed", link && speed > 0 ? speed : 0);
-    JsonSetStr(port, nullptr, "duplex", duplex == "full" || duplex == "half" ? duplex.c_str() : "unknown");
+    JsonRoot port(json_object_new_object());
+    JsonSetStr(port.get(), nullptr, "name", name.c_str());
+    JsonSetBool(port.get(), nullptr, "link", link);
+    JsonSetInt64(port.get(), nullptr, "speed", link && speed > 0 ? speed : 0);
+    JsonSetStr(port.get(), nullptr, "duplex",
+               duplex == "full" || duplex == "half" ? duplex.c_str() : "unknown");
     return port;
 }
 
 ServiceAnswer list_ports(const ServiceRequest &) {
-    JsonRoot document(json_object_new_object());
-    json_object *ports = json_object_new_array();
+    JsonRoot ports(json_object_new_array());
     for (const std::string &name : folder_names(INTERFACES))
-        if (is_wired_port(INTERFACES + name))
-            json_object_array_add(ports, port_object(name, INTERFACES + name));
-    JsonSetObj(document.get(), nullptr, "ports", ports);
-    return answer_with(JsonPlainText(document.get()));
+        if (is_wired_port(INTERFACES + name)) JsonAppend(ports.get(), port_object(name, INTERFACES + name));
+    return answer_with_list("ports", std::move(ports));
 }
 
 constexpr Service PORT_LINK_SPEED = {.name = "portLinkSpeed", .entry = "portLinkSpeed_call ...\n"};

@@ -33,6 +33,7 @@ json_object *read_interference(int radio, JsonRoot *root) {
 // A failed read leaves set_flag up: the reports wait until a later service lowers it, and the cloud counts on
 // it.
 ServiceAnswer check_signal(const ServiceRequest &request) {
+    const ReportsHeld held; // also against another service that lowers the flag
     raise_set_flag();
     const int radio = request_integer(request.json, "wifiSignal");
     LOG_AT(request.site, "wifiSignal:%d", radio);
@@ -57,6 +58,7 @@ bool is_disturbed(int radio) {
 }
 
 ServiceAnswer check_interference(const ServiceRequest &request) {
+    const ReportsHeld held;
     raise_set_flag();
     int radio = request_integer(request.json, "wifiSignal");
     if (radio == -1) {

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // The services that tell how strong a radio transmits and whether others disturb it. In a request 2 is the
-// 5 GHz radio and any other number the 2.4 GHz one.
+// 5 GHz radio and any other number the 2.4 GHz one; null and what is no JSON get no answer. For the service
+// table: called by the SDK from any thread; the two arguments in the middle are not used.
 #pragma once
 
 #include <cstdint>
 
-// For the service table: called by the SDK from any thread; the two arguments in the middle are not used.
+// Request {"wifiSignal": radio}. 200 {"signal"}, see classify_power; no answer, and set_flag left up, when
+// the daemon does not answer. set_flag is up meanwhile.
 int checkSignal_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
+// Request {"wifiSignal": radio, 2.4 GHz when absent}. 200 {"interference": others disturb it}. set_flag is up
+// meanwhile.
 int wifi_interference_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
+// Request {"radio"}. 200 {"noise", "interference"} in the daemon's units, or 400 "{}" when it does not
+// answer.
 int wirelessInterference_call(uint32_t handle, uint32_t id, void *, void *, const char *parameters);
 
 // The class of a transmit power: 0 for 61 and more, 1 for 41 to 60, 2 for less.

@@ -8,12 +8,15 @@
 #include <net/if.h>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 #include "core/clock.h"
 #include "core/files.h"
+#include "core/json_path.h"
 #include "core/process.h"
 #include "core/text.h"
 #include "core/thread.h"
+#include "relay/relay.h"
 #include "services/capture.h"
 #include "services/members.h"
 #include "services/packet_file.h"
@@ -23,13 +26,12 @@ namespace {
 
 constexpr char DRAFT_FILE[] = "/aptmp/qvtk_capture.draft";
 constexpr size_t CAPTURE_MAX = 8 * 1024 * 1024;
-constexpr size_t LONGEST_INTERFACE = 15, LONGEST_FILTER = 255, LONGEST_UPLOAD_URL = 511, LONGEST_URL = 255;
+constexpr size_t LONGEST_INTERFACE = 15, LONGEST_FILTER = 255, LONGEST_UPLOAD_URL = 511;
 constexpr int64_t LONGEST_TIME = 300; // seconds
 constexpr unsigned LOOK_MILLIS = 100; // between two looks at what has come
 constexpr unsigned END_LOOKS = 30;    // for tcpdump to end by itself
 constexpr int CHECK_MILLIS = 10000;   // for tcpdump to look up the names in a filter
 constexpr int FAIL_MILLIS = 500;      // within which tcpdump ends that may not capture
-constexpr int ANOTHER_AT_WORK = 409;
 
 std::atomic<bool> at_work;
 
@@ -44,7 +46,8 @@ bool read_capture(json_object *request, Capture *capture) {
     return take_integer(request, "time", 1, LONGEST_TIME, &capture->seconds) == Member::good &&
            take_text(request, "interface", LONGEST_INTERFACE, &capture->interface) == Member::good &&
            take_text(request, "uploadUrl", LONGEST_UPLOAD_URL, &capture->upload_url) == Member::good &&
-           take_text(request, "url", LONGEST_URL, &capture->url) == Member::good && filter != Member::bad;
+           take_text(request, "url", CAPTURE_ADDRESS_MAX, &capture->url) == Member::good &&
+           JsonQuote(capture->url.c_str()).size() <= CAPTURE_ADDRESS_MAX && filter != Member::bad;
 }
 
 // The filter stands behind "--", so that none of it is an option.
@@ -145,11 +148,11 @@ ServiceAnswer capture_packets(const ServiceRequest &request) {
         LOG_AT(request.site, "capture is refused");
         return answer_failed();
     }
-    if (at_work.exchange(true)) return answer_failed("{}", -1, ANOTHER_AT_WORK);
+    if (at_work.exchange(true)) return answer_failed("{}", -1, SERVICE_BUSY);
     const bool pending = capture_is_pending();
     if (!pending && start_capture(std::move(capture), request.site)) return answer_done();
     at_work = false;
-    return pending ? answer_failed("{}", -1, ANOTHER_AT_WORK) : answer_failed();
+    return pending ? answer_failed("{}", -1, SERVICE_BUSY) : answer_failed();
 }
 
 constexpr Service REMOTE_CAP = {.name = "remoteCap",

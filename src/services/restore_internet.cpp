@@ -4,6 +4,7 @@
 #include "core/bus.h"
 #include "core/log.h"
 #include "core/text.h"
+#include "properties/network_wan.h"
 #include "services/backup_fields.h"
 #include "services/restore.h"
 #include "services/restore_sections.h"
@@ -13,14 +14,6 @@ namespace {
 using namespace backup;
 
 constexpr char WAN[] = "vrop.waninfo";
-
-// The daemon's result; a refusal is logged in the writer's name.
-int written(const char *object, const BusMessage &message, const char *refused,
-            LogSite site = LogSite::here()) {
-    const int result = set_dev_info(object, "set", message);
-    if (result != 0) LOG_AT(site, "%s", refused);
-    return result;
-}
 
 void add_text(const char *name, const std::string &text, BusMessage *message) {
     if (!text.empty()) message->text(name, text.c_str());
@@ -47,17 +40,11 @@ void add_address4(const BackupInternet &internet, BusMessage *message) {
 }
 
 void add_address6(const BackupInternet &internet, BusMessage *message) {
-    message->text("ipv6type", source6_text(BACKUP_SOURCE_STATIC));
+    message->text("ipv6type", SOURCES6[BACKUP_SOURCE_STATIC]);
     for (Fields rows : {Fields(ADDRESS6), Fields(DNS6_SOURCE), Fields(DNS6), Fields(PREFIX_SOURCE)})
         write_given_message(rows, &internet, message);
     const bool delegated = *internet.prefix_delegation != '\0';
     write_given_message(delegated ? PREFIX_DELEGATION : PREFIX, &internet, message);
-}
-
-int restore_bridge() {
-    BusMessage message;
-    message.text("networktype", "BRIDGE");
-    return written(WAN, message, "set bridge way fail");
 }
 
 int restore_relay(const BackupInternet &internet) {
@@ -67,7 +54,7 @@ int restore_relay(const BackupInternet &internet) {
     BusMessage message;
     message.integer("enable", 1);
     write_given_message(RELAY, &internet, &message);
-    return written(object, message, "set relay way fail");
+    return set_or_log(object, "set", message, "set relay way fail");
 }
 
 int restore_dhcp(const BackupInternet &internet) {
@@ -76,7 +63,7 @@ int restore_dhcp(const BackupInternet &internet) {
     if (internet.ip_mode != BACKUP_IPV6) add_dns(internet, &message);
     if (internet.ip_mode != BACKUP_IPV4) write_given_message(DNS6_SOURCE, &internet, &message);
     if (internet.ip_mode == BACKUP_IPV6) add_text("dns", internet.dns6, &message);
-    return written(WAN, message, "set dhcp way fail");
+    return set_or_log(WAN, "set", message, "set dhcp way fail");
 }
 
 int restore_static(const BackupInternet &internet) {
@@ -84,8 +71,9 @@ int restore_static(const BackupInternet &internet) {
     if (internet.ip_mode != BACKUP_IPV6) add_address4(internet, &message);
     if (internet.ip_mode != BACKUP_IPV4) add_address6(internet, &message);
     if (internet.ip_mode == BACKUP_IP_BOTH) write_given_message(PREFIX_LENGTH, &internet, &message);
-    return written(WAN, message,
-                   internet.ip_mode == BACKUP_IPV4 ? "set ipv4 static way fail" : "set ipv6 static way fail");
+    return set_or_log(WAN, "set", message,
+                      internet.ip_mode == BACKUP_IPV4 ? "set ipv4 static way fail"
+                                                      : "set ipv6 static way fail");
 }
 
 int restore_pppoe(const BackupInternet &internet) {
@@ -94,7 +82,7 @@ int restore_pppoe(const BackupInternet &internet) {
     write_given_message(PPPOE, &internet, &message);
     if (internet.dns_enable != -1) message.integer("pppoestaticdns", internet.dns_enable);
     add_dns(internet, &message);
-    return written(WAN, message, "set ppoe way fail");
+    return set_or_log(WAN, "set", message, "set ppoe way fail");
 }
 
 int restore_router(const BackupInternet &internet) {
@@ -112,7 +100,7 @@ int restore_router(const BackupInternet &internet) {
 int restore_internet(const BackupInternet &internet) {
     switch (internet.router_mode) {
     case BACKUP_BRIDGE:
-        return restore_bridge();
+        return bridge_set();
     case BACKUP_ROUTER:
         return restore_router(internet);
     case BACKUP_RELAY:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // IPTV, mesh and the web account.
-#include <cstring>
+#include <string>
 
 #include "core/bus.h"
 #include "core/json_path.h"
 #include "core/log.h"
 #include "core/text.h"
-#include "digests/digest.h"
+#include "services/account.h"
 #include "services/backup_fields.h"
 #include "services/restore_sections.h"
 
@@ -46,9 +46,7 @@ int restore_iptv(const BackupIptv &iptv) {
 int restore_mesh(const BackupMesh &mesh) {
     BusMessage message;
     if (write_given_message(MESH_RESTORE, &mesh, &message) == 0) return 0;
-    if (set_dev_info("vrop.mesh", "set", message) == 0) return 0;
-    LOG("start mesh fail");
-    return -1;
+    return set_or_log("vrop.mesh", "set", message, "start mesh fail");
 }
 
 int restore_account(const BackupAccount &account) {
@@ -58,17 +56,14 @@ int restore_account(const BackupAccount &account) {
         LOG("get ftinfo obj fail");
         return -1;
     }
-    char encoded[(sizeof account.password + 2) / 3 * 4 + 1] = {}; // the encoder writes no terminator
-    const auto *plain = reinterpret_cast<const uint8_t *>(account.password);
-    if (base64_encode(plain, strlen(account.password), encoded, nullptr) != 0) {
+    std::string encoded;
+    if (!encode_passwd(account.password, &encoded)) {
         LOG("encode new passwd fail");
         return -1;
     }
     BusMessage message;
     message.text("user", *account.username != '\0' ? account.username : _json_get_str(present, "user"))
         .text("oldpasswd", _json_get_str(present, "passwd")) // in Base64 already
-        .text("newpasswd", encoded);
-    if (set_dev_info("vrop.devinfo", "setaccount", message) == 0) return 0;
-    LOG("change passwd fail");
-    return -1;
+        .text("newpasswd", encoded.c_str());
+    return set_or_log("vrop.devinfo", "setaccount", message, "change passwd fail");
 }

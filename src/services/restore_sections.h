@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sections of a restore. Each writes what its record gives, in whole messages; without anything to write
-// it calls nobody and succeeds. 0, or -1 after having logged what the daemon refused. Any thread.
+// The sections of a restore. Each writes what its record gives, in whole messages. 0, or -1 when the daemon
+// refused something, which is logged, except by set_wifi_seniorConfig. Wi-Fi, IPTV and mesh call nobody and
+// succeed without anything to write. Any thread.
 #pragma once
 
 #include "services/backup_document.h"
@@ -13,6 +14,8 @@ int set_wifi_seniorConfig(int radio, const BackupRadio &record);
 
 int restore_iptv(const BackupIptv &iptv);
 int restore_mesh(const BackupMesh &mesh);
-// The password of the web account; an empty one fails.
+// The password of the web account; an empty one fails, and so does a daemon that does not tell the present
+// one.
 int restore_account(const BackupAccount &account);
+// By its mode; -1 for one that is none.
 int restore_internet(const BackupInternet &internet);

@@ -20,6 +20,23 @@ bool is_refused(Parameters wanted, const char *text) {
     return wanted != Parameters::optional && text == nullptr;
 }
 
+// True, and the request (null for none) in *json; false, after having logged why, for what is refused.
+bool read_parameters(const Service &service, const char *text, JsonRoot *json, LogSite site) {
+    const Parameters wanted = service.parameters;
+    if (wanted == Parameters::unread) return true;
+    if (is_refused(wanted, text)) {
+        LOG_AT(site, "param is NULL");
+        return false;
+    }
+    if (service.before_parsing) service.before_parsing();
+    if (is_blank(text) && wanted != Parameters::not_null) return true;
+    *json = JsonParseUtf8(text);
+    if (*json) return true;
+    if (service.parse_tag) perror(service.parse_tag);
+    LOG_AT(site, "JsonStr Token fail");
+    return false;
+}
+
 // The work's answer, or the refusal of a request that is JSON and no object: its members would all count as
 // absent, and some services do more without them than with them.
 ServiceAnswer work_on(const Service &service, const ServiceRequest &request, ServiceWork work) {
@@ -39,6 +56,16 @@ ServiceAnswer answer_done() {
     return answer_with("{}");
 }
 
+ServiceAnswer answer_with(const JsonRoot &document) {
+    return answer_with(JsonPlainText(document.get()));
+}
+
+ServiceAnswer answer_with_list(const char *name, JsonRoot list) {
+    const JsonRoot document(json_object_new_object());
+    JsonSetObj(document.get(), nullptr, name, std::move(list));
+    return answer_with(document);
+}
+
 ServiceAnswer answer_failed(std::string body, int result, int code) {
     return {code, std::move(body), result};
 }
@@ -52,28 +79,11 @@ ServiceAnswer lowering_set_flag(ServiceAnswer answer) {
     return answer;
 }
 
-bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
-                     LogSite site) {
-    json->reset();
-    if (wanted == Parameters::unread) return true;
-    if (is_refused(wanted, text)) {
-        LOG_AT(site, "param is NULL");
-        return false;
-    }
-    if (service.before_parsing) service.before_parsing();
-    if (is_blank(text) && wanted != Parameters::not_null) return true;
-    *json = JsonParseUtf8(text);
-    if (*json) return true;
-    if (service.parse_tag) perror(service.parse_tag);
-    LOG_AT(site, "JsonStr Token fail");
-    return false;
-}
-
 int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site) {
     if (service.entry) LOG_AT(site, "%s", service.entry);
     JsonRoot json;
     ServiceAnswer answer = no_answer();
-    if (read_parameters(service, service.parameters, call.parameters, &json, site))
+    if (read_parameters(service, call.parameters, &json, site))
         answer = work_on(service, {json.get(), site, call.parameters}, work);
     else if (service.answers_bad_parameters)
         answer = answer_failed();

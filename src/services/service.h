@@ -4,6 +4,8 @@
 // answered, and the answer is sent here and nowhere else, so that there is never none by accident nor a
 // second.
 //
+// A request that is JSON and no object is answered 400 "{}" by all of them.
+//
 // Threads: the SDK calls handlers from several threads at once, the same one too. What a handler's work
 // shares with others it guards itself.
 #pragma once
@@ -64,9 +66,12 @@ struct ServiceAnswer {
 inline constexpr int SERVICE_OK = 200;
 inline constexpr int SERVICE_FAILED = 400;
 inline constexpr int SERVICE_WRONG_PASSWORD = 402;
+inline constexpr int SERVICE_BUSY = 409; // with the same work for another request
 
-ServiceAnswer answer_with(std::string body, int result = 0); // 200
-ServiceAnswer answer_done();                                 // 200 "{}"
+ServiceAnswer answer_with(std::string body, int result = 0);     // 200
+ServiceAnswer answer_done();                                     // 200 "{}"
+ServiceAnswer answer_with(const JsonRoot &document);             // 200 and its text
+ServiceAnswer answer_with_list(const char *name, JsonRoot list); // 200 {name: list}
 // A failure: 400 unless another code is named.
 ServiceAnswer answer_failed(std::string body = "{}", int result = -1, int code = SERVICE_FAILED);
 ServiceAnswer no_answer(int result = -1);
@@ -84,9 +89,3 @@ using ServiceWork = ServiceAnswer (*)(const ServiceRequest &request);
 
 // One call from entry to answer. Returns what the handler returns. Any thread; blocks while the work does.
 int serve(const Service &service, const ServiceCall &call, ServiceWork work, LogSite site = LogSite::here());
-
-// The parameters' part of serve, for work that does something before it looks at them (Parameters::unread in
-// its Service, and the request's text). True, and the request (null for none) in
-// *json; false, after having logged why, for what is refused.
-bool read_parameters(const Service &service, Parameters wanted, const char *text, JsonRoot *json,
-                     LogSite site);

@@ -8,6 +8,7 @@
 #include "core/json_path.h"
 #include "devices/device_lookups.h"
 #include "devices/station.h"
+#include "properties/radio.h"
 #include "services/members.h"
 #include "services/service.h"
 
@@ -16,7 +17,6 @@ namespace {
 constexpr size_t LONGEST_MAC = 17; // twelve digits and five colons
 constexpr size_t MAC_DIGITS = 12;
 constexpr int GOOD_FROM = -65, FAIR_FROM = -75; // dBm
-constexpr int JOINED_2G = 1, JOINED_5G = 2;     // of get_joinWay, and the cloud's radios too
 
 // The digits of a MAC in small letters; "" when it is none.
 std::string digits_of(const std::string &mac) {
@@ -35,29 +35,29 @@ int quality_of(int rssi) {
 }
 
 // The station's object; null for one that no radio hears.
-json_object *quality_object(json_object *station) {
+JsonRoot quality_object(json_object *station) {
     int32_t rssi = 0;
-    const int radio = get_joinWay(JsonGetStr(station, "radio"));
-    const bool wireless = radio == JOINED_2G || radio == JOINED_5G;
+    const int radio = get_joinWay(JsonGetStr(station, "radio")); // the cloud counts radios so too
+    const bool wireless = radio == CLOUD_RADIO_2G || radio == CLOUD_RADIO_5G;
     if (!wireless || JsonGetInt64(station, "active") != 1 || !JsonReadInt(station, "rssi", &rssi))
         return nullptr;
-    json_object *entry = json_object_new_object();
-    JsonSetStr(entry, nullptr, "mac", JsonGetStr(station, "mac"));
-    JsonSetStr(entry, nullptr, "name", station_name(station));
-    JsonSetInt64(entry, nullptr, "radio", radio);
-    JsonSetInt64(entry, nullptr, "rssi", rssi);
-    JsonSetInt64(entry, nullptr, "quality", quality_of(rssi));
+    JsonRoot entry(json_object_new_object());
+    JsonSetStr(entry.get(), nullptr, "mac", JsonGetStr(station, "mac"));
+    JsonSetStr(entry.get(), nullptr, "name", station_name(station));
+    JsonSetInt64(entry.get(), nullptr, "radio", radio);
+    JsonSetInt64(entry.get(), nullptr, "rssi", rssi);
+    JsonSetInt64(entry.get(), nullptr, "quality", quality_of(rssi));
     return entry;
 }
 
 // Those that are meant; "" is everybody.
-json_object *quality_list(json_object *stations, const std::string &wanted) {
-    json_object *list = json_object_new_array();
+JsonRoot quality_list(json_object *stations, const std::string &wanted) {
+    JsonRoot list(json_object_new_array());
     for (size_t i = 0; i < json_object_array_length(stations); i++) {
         json_object *station = json_object_array_get_idx(stations, i);
         const char *mac = JsonGetStr(station, "mac");
-        if (mac == nullptr || (!wanted.empty() && digits_of(mac) != wanted)) continue;
-        if (json_object *entry = quality_object(station)) json_object_array_add(list, entry);
+        if (mac != nullptr && (wanted.empty() || digits_of(mac) == wanted))
+            JsonAppend(list.get(), quality_object(station));
     }
     return list;
 }
@@ -70,9 +70,7 @@ ServiceAnswer check(const ServiceRequest &request) {
     JsonRoot root;
     json_object *stations = get_station_array(&root);
     if (stations == nullptr) return answer_failed();
-    JsonRoot document(json_object_new_object());
-    JsonSetObj(document.get(), nullptr, "devices", quality_list(stations, wanted));
-    return answer_with(JsonPlainText(document.get()));
+    return answer_with_list("devices", quality_list(stations, wanted));
 }
 
 constexpr Service RSSI_QUALITY_CHECK = {.name = "rssiQualityCheck",

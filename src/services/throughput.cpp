@@ -7,8 +7,8 @@
 #include "core/report_gate.h"
 #include "core/text.h"
 #include "devices/station_rates.h"
+#include "properties/device_status.h"
 #include "properties/field.h"
-#include "properties/rate.h"
 #include "services/lan_rates.h"
 #include "services/service.h"
 
@@ -19,22 +19,11 @@ constexpr int DEFAULT_SECONDS = 8;
 constexpr int DEFAULT_INTERVAL_MILLIS = 1000;
 constexpr int LOOKS = 10;
 
-// One of the WAN's rates, as it was when the daemon does not give it.
-void read_rate(const ServiceRequest &request, json_object *rates, const char *key, const char *line,
-               int *speed) {
-    const char *rate = JsonGetStr(rates, key);
-    if (rate == nullptr) return;
-    *speed = bytes_per_second(rate);
-    LOG_AT(request.site, "%s:%d", line, *speed);
-}
-
 ServiceAnswer wan_speed(const ServiceRequest &request) {
     int up = 0, down = 0;
-    JsonRoot root;
-    json_object *rates = get_dev_specInfo("vrop.waninfo", "getwanrate", "vrop.waninfo.wanrate", &root);
-    if (rates == nullptr) LOG_AT(request.site, "get_dev_specInfo fail");
-    read_rate(request, rates, "rxrate_rt", "downspeed", &down);
-    read_rate(request, rates, "txrate_rt", "upseed", &up);
+    if (get_device_speed(&up, &down) != 0) LOG_AT(request.site, "get_dev_specInfo fail");
+    LOG_AT(request.site, "downspeed:%d", down);
+    LOG_AT(request.site, "upseed:%d", up);
     const auto body = format_text<128>("{\"upSpeed\": %d, \"downSpeed\": %d}", up, down);
     LOG_AT(request.site, "buf:%s", body.text);
     return answer_with(body.text);
@@ -47,6 +36,7 @@ int integer_or(json_object *request, const char *key, int otherwise) {
 
 // Raises set_flag before its parameters are parsed, and a parse that fails leaves it up.
 ServiceAnswer measure_download(const ServiceRequest &request) {
+    const ReportsHeld held; // also against another service that lowers the flag
     char url[128];
     copy_text(url, request_text(request.json, "url"));
     if (url[0] == '\0') copy_text(url, DEFAULT_DOWNLOAD);

@@ -30,10 +30,7 @@ bool take_upload_url(const ServiceRequest &request, std::string *url, ServiceAns
 std::string answer_url(json_object *request) {
     const char *given = request_text(request, "url");
     std::string url = given != nullptr ? given : "";
-    size_t length = url.size() < UPLOAD_URL_SIZE ? url.size() : UPLOAD_URL_SIZE - 1;
-    while (length < url.size() && length > 0 && (url[length] & 0xC0) == 0x80)
-        length--;
-    url.resize(length);
+    cut_between_characters(&url, UPLOAD_URL_SIZE - 1);
     return url;
 }
 

@@ -13,13 +13,17 @@ inline constexpr char URL_FILE[] = "/tmp/url.txt";
 class UrlFile {
   public:
     // Writes the address, whole and without a line end; a failure is logged in the caller's name.
-    explicit UrlFile(const char *address, LogSite site);
+    UrlFile(const char *address, LogSite site);
+    // The same, but has no turn, and has written nothing, when another one lives.
+    UrlFile(const char *address, LogSite site, std::try_to_lock_t);
     UrlFile(const UrlFile &) = delete;
     UrlFile &operator=(const UrlFile &) = delete;
 
     explicit operator bool() const { return written; }
+    bool has_turn() const { return turn.owns_lock(); }
 
   private:
+    void write(const char *address, LogSite site);
     std::unique_lock<std::mutex> turn;
-    bool written;
+    bool written = false;
 };

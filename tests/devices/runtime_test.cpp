@@ -11,6 +11,8 @@
 #include "core/handles.h"
 #include "core/text.h"
 #include "devices/online_notice.h"
+#include "devices/runtime_list.h"
+#include "devices/station_list.h"
 #include "support/event_catcher.h"
 #include "support/helper_stub.h"
 #include "support/moving_clock.h"
@@ -25,9 +27,16 @@ using testing::IsEmpty;
 constexpr char TODAY[] = "/aptmp/client_runTime.log";
 constexpr char LAST_DAY[] = "/aptmp/runTime_oneDay.log";
 
-// One client "tv" in the router's list.
-std::string tv(unsigned number, int uptime) {
-    return format_text<96>(R"({"mac":"02a0c9%06x","devname":"tv","uptime":%d})", number, uptime).text;
+// One client in the router's list.
+std::string tv(unsigned number, int uptime, const std::string &name = "tv") {
+    return format_text<256>(R"({"mac":"02a0c9%06x","devname":"%s","uptime":%d})", number, name.c_str(),
+                            uptime)
+        .text;
+}
+
+// A name of control characters, as JSON writes them.
+std::string controls(int count) {
+    return count == 0 ? "" : "\\u0001" + controls(count - 1);
 }
 
 class Runtime : public testing::Test {
@@ -61,16 +70,19 @@ TEST_F(Runtime, ArrivalsAreAnnouncedLastFirstUnlessTheFileSaysOtherwise) {
     std::ofstream(TODAY)
         << R"([{"mac":"02:A0:C9:00:00:07","onlineNotice":0},{"mac":"02:A0:C9:00:00:08","onlineNotice":1}])";
     const std::string stations = tv(7, 1) + R"(,{"mac":"02a0c9000009","devname":"phone \"9\"","uptime":1},)" +
-                                 tv(1, 85) +
+                                 R"({"mac":"02a0c9000006","devname":")" + controls(127) +
+                                 R"(","uptime":1},)" + tv(1, 85) +
                                  R"(,{"mac":"02a0c9000008","devname":"Anna's / tablet","uptime":3})";
     poll(stations);
     EXPECT_THAT(
         relay.take(),
         ElementsAre(R"({"action": "deviceConnect", "mac": "02a0c9000008", "devName": "Anna's / tablet", )"
                     R"("time": 1714550402})",
+                    R"({"action": "deviceConnect", "mac": "02a0c9000006", "devName": ")" + controls(24) +
+                        R"(", "time": 1714550404})",
                     R"({"action": "deviceConnect", "mac": "02a0c9000009", "devName": "phone \"9\"", )"
-                    R"("time": 1714550404})"));
-    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000, 2000, 2000));
+                    R"("time": 1714550406})"));
+    EXPECT_THAT(moving_clock::pauses(), ElementsAre(2000, 2000, 2000, 2000, 2000));
     poll(stations);
     EXPECT_THAT(relay.take(), IsEmpty());
 }
@@ -118,6 +130,14 @@ TEST_F(Runtime, ListsOfAnySize) {
         EXPECT_EQ(has_logged("get backup obj fail"), !comparable);
         EXPECT_THAT(relay.take(), IsEmpty());
     }
+    clear_backupSta();
+    std::string long_names = tv(0, 100);
+    for (unsigned i = 1; i < 128; i++)
+        long_names += "," + tv(i, 100, std::string(127, 'n'));
+    poll(long_names);
+    JsonRoot file(json_tokener_parse(text_of(TODAY).c_str())); // without those that have no room
+    EXPECT_EQ(json_object_get_type(file.get()), json_type_array);
+    EXPECT_GT(text_of(TODAY).size(), 16000U);
 }
 
 TEST_F(Runtime, NoListChangesNothing) {

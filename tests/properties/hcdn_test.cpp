@@ -7,6 +7,7 @@
 #include "core/storage_file.h"
 #include "properties/property_rig.h"
 #include "support/main_log.h"
+#include "support/moving_clock.h"
 #include "support/text_file.h"
 
 namespace {
@@ -76,6 +77,10 @@ TEST(Hcdn, BadMembersAndRefusalsChangeNothing) {
         {.kind = router::Fault::Kind::Result, .object = "vrop.ecm", .method = "set", .value = 2});
     EXPECT_EQ(set("hcdn", R"({"hcdn":{"samba":1}})"), -1);
     EXPECT_EQ(text_of(STORAGE_FILE), SETTINGS);
+    moving_clock::on_pause([](moving_clock::Millis) { std::ofstream(STORAGE_FILE) << "samba=1\nisusb=0"; });
+    EXPECT_EQ(set("hcdn", R"({"hcdn":{"samba":1}})"), -1);
+    EXPECT_EQ(text_of(STORAGE_FILE), "samba=0\nisusb=0"); // with what came meanwhile
+    moving_clock::on_pause({});
     const std::string huge = std::string(70000, '#') + "\nsamba=0\n";
     std::ofstream(STORAGE_FILE) << huge;
     EXPECT_EQ(set("hcdn", R"({"hcdn":{"samba":1}})"), -1);

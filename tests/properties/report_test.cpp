@@ -40,6 +40,7 @@ TEST(Reading, GivesWhatTheDaemonSays) {
         {"deviceStatus", "/vrop.homewebinfo/phyStatus", R"("plugin")", R"("linkStatus":2)"},
         {"wifiInfo", "/vrop.wifi.1.ap/0/authmode", R"("SAE")", R"("wifi2gEncryption":3)"},
         {"wifiInfo", "/vrop.wifi.1.ap/0/authmode", "", R"("wifi2gEncryption":-1)"},
+        {"wifiInfo", "/vrop.wifi.1.ap/0/ssid", "\"a\xff\"", "\"wifi2gName\":\"a\xef\xbf\xbd\""},
         {"wifiInfo", "/vrop.webwifisimple/wifidual", "1", R"({"wifiSames":true,"wifiSamesHidden":false)"},
         {"networkProtocol", "/vrop.waninfo/protocoltype", R"("IPX")", R"({"type":0})"},
         {"networkInfo", "/vrop.waninfo/dns", R"("1.1.1.1, 8.8.8.8 x")",

@@ -129,7 +129,8 @@ TEST_F(Relay, LongTextsAreCutToTheirFields) {
     const auto posted = recording_sdk::calls();
     EXPECT_EQ(posted.at(0).arguments[1],
               R"({"mac":")" + mac.substr(0, 63) + R"(", "interfaceName":")" + name.substr(0, 108));
-    EXPECT_EQ(posted.at(1).arguments[1], (R"({"mac":")" + mac + R"(", "name": ")" + name).substr(0, 199));
+    EXPECT_EQ(posted.at(1).arguments[1],
+              R"({"mac":")" + mac + R"(", "name": ")" + name.substr(0, 65) + R"(", "time": -1})");
 }
 
 TEST_F(Relay, WithstandsAnyBytes) {

@@ -7,6 +7,7 @@
 
 #include "services/backup_read.h"
 #include "services/backup_services.h"
+#include "services/config_export.h"
 #include "services/service_rig.h"
 #include "services/url_file.h"
 #include "support/event_catcher.h"
@@ -43,7 +44,7 @@ TEST(Backup, HoldsALongConfigurationWholeOrFails) {
     ServiceRig rig(
         R"({"vrop.waninfo":{"networktype":"PPPoE","protocoltype":"IPv4/IPv6","pppoename":")" + name +
         R"(","pppoepwd":")" + key +
-        R"(","dns":"255.255.255.253,255.255.255.254,255.255.255.255","ipaddr":"255.255.255.250","subnetmask":"255.255.255.252",)"
+        R"(","dns":"255.255.255.253, 255.255.255.254\t,255.255.255.255","ipaddr":"255.255.255.250","subnetmask":"255.255.255.252",)"
         R"("gateway":"255.255.255.251","ipv6type":"Static","ipv6addr":"2001:db8:1111:2222:3333:4444:5555:6666",)"
         R"("gateway6":"2001:db8:1111:2222:3333:4444:5555:7777","dns6type":"Static",)"
         R"("dns6":"2001:db8:1111:2222:3333:4444:5555:8888,2001:db8:1111:2222:3333:4444:5555:9999",)"
@@ -62,6 +63,7 @@ TEST(Backup, HoldsALongConfigurationWholeOrFails) {
     const std::string document = rig.backup();
     EXPECT_GT(document.size(), 1500u);
     EXPECT_THAT(document, HasSubstr(R"("Password":"pppp)"));
+    EXPECT_THAT(document, HasSubstr(R"("DNS2":"255.255.255.254")"));
     EXPECT_EQ(rig.restore(document), 0);
     const int size = static_cast<int>(document.size());
     std::string room(document.size() + 1, '#');

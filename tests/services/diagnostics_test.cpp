@@ -86,6 +86,11 @@ TEST(PingTest, ReadsWhateverTheFileHolds) {
         put("/tmp/pingrt", nullptr);
     });
     EXPECT_EQ(rig.call("pingTest", R"({"times":1,"testUrl":"h"})"), "-1: 400 pingTest {}");
+    moving_clock::on_pause([](moving_clock::Millis) {
+        put("/aptmp/pingrt", nullptr);
+        std::filesystem::create_symlink("/dev/zero", "/aptmp/pingrt");
+    });
+    EXPECT_EQ(rig.call("pingTest", R"({"times":1,"testUrl":"h"})"), "-1: 400 pingTest {}");
     EXPECT_TRUE(has_logged("open file:/aptmp/pingrt fail"));
 }
 

@@ -5,12 +5,14 @@
 #include <fstream>
 #include <poll.h>
 #include <set>
+#include <thread>
 
 #include "core/registration.h"
 #include "services/capture.h"
 #include "services/packet_file.h"
 #include "services/remote_capture.h"
 #include "services/service_rig.h"
+#include "services/url_file.h"
 #include "sim/router/hardware.h"
 #include "support/event_catcher.h"
 #include "support/helper_stub.h"
@@ -171,6 +173,10 @@ TEST_F(RemoteCap, IsWholeSentOnceAndRemoved) {
         EXPECT_EQ(fs::status(CAPTURE_FILE).permissions(), fs::perms::owner_read | fs::perms::owner_write);
         EXPECT_FALSE(fs::exists("/aptmp/qvtk_capture.draft"));
         EXPECT_EQ(call(), "-1: 409 remoteCap {}"); // its file is still to be sent
+        {
+            const UrlFile another("https://h/other", LogSite::here());
+            std::thread(capture_round).join(); // leaves it for the next round
+        }
         capture_round();
         capture_round();
         EXPECT_EQ(helper.take_runs(), std::string(CAPTURE_FILE) + "\n");
@@ -199,8 +205,10 @@ TEST_F(RemoteCap, RefusesWhatIsNoCapture) {
           R"({"interface":"-D"})", R"({"interface":""})", R"({"uploadUrl":""})"})
         EXPECT_EQ(call(bad), refused) << bad;
     EXPECT_EQ(call(R"({"filter":")" + std::string(256, 'x') + "\"}"), refused);
+    const std::string longest(184, 'u'); // but for one byte: its event carries no more
+    EXPECT_EQ(call(R"({"url":")" + longest + R"(\""})"), refused);
     EXPECT_FALSE(fs::exists("/tmp/tcpdump.runs"));
-    EXPECT_EQ(call(R"({"filter":"bad"})"), refused);
+    EXPECT_EQ(call(R"({"filter":"bad","url":")" + longest + "u\"}"), refused);
     EXPECT_TRUE(has_logged("tcpdump refuses: syntax error"));
     std::ofstream("/usr/bin/tcpdump") << "#!/bin/sh\nexit 1\n";
     EXPECT_EQ(call(), refused); // it may not capture

@@ -19,6 +19,12 @@ bool verifies_servers() {
     return ca_file()[0] != '\0';
 }
 
+// OpenSSL alone reads its security levels in a list of ciphers; other libraries ignore them, or refuse the list.
+bool has_security_levels() {
+    const char *library = curl_version_info(CURLVERSION_NOW)->ssl_version;
+    return library != nullptr && strncmp(library, "OpenSSL", 7) == 0;
+}
+
 bool has_room(const void *reply) {
     return reply != nullptr && static_cast<const ReplyBuffer *>(reply)->data != nullptr;
 }
@@ -123,7 +129,8 @@ Transfer &Transfer::trust() {
     only("https");
     require(curl_easy_setopt(get(), CURLOPT_CAINFO, ca_file()));
     require(curl_easy_setopt(get(), CURLOPT_CAPATH, nullptr));
-    require(curl_easy_setopt(get(), CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=2"));
+    if (has_security_levels())
+        require(curl_easy_setopt(get(), CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=2"));
     curl_easy_setopt(get(), CURLOPT_ERRORBUFFER, reason.data());
     return *this;
 }

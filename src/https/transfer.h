@@ -54,8 +54,8 @@ class Transfer {
     Transfer &write_with(Callback callback, void *destination);
     Transfer &undecoded(); // what the server calls encoded content is taken as it comes
     // How far the server's word is believed. As built by default, its certificate and host name are not
-    // looked at. With ca_file(), both are checked against it, keys are to be as strong as OpenSSL's security
-    // level 2 wants (112 bits), and plain http is refused.
+    // looked at. With ca_file(), both are checked against it and plain http is refused. How strong keys have
+    // to be is the TLS library's choice, but that OpenSSL is held to its security level 2 (112 bits).
     Transfer &trust();
     Transfer &progress_meter(); // libcurl's, on stderr
     Transfer &no_signals();

@@ -84,32 +84,34 @@ TEST(Trust, IsGivenToWhomTheAuthoritiesVouchFor) {
     const struct {
         const char *name;
         std::optional<cloudsim::CertificateWish> certificate; // none: not over TLS
-        const char *why = nullptr;                            // null: believed
+        const char *why = nullptr;                            // of OpenSSL|of mbedTLS; null: believed
         const char *scheme = "https";
         const char *trusts = AUTHORITIES;
     } rows[] = {
         {"good", {{.issuer = &authority}}},
         {"good, strong RSA", {{.rsa_bits = 2048, .issuer = &authority}}},
-        {"expired", {{.not_after = "20200101000000Z", .issuer = &authority}}, ".*has expired"},
-        {"not yet valid", {{.not_before = "20980101000000Z", .issuer = &authority}}, ".*not yet valid"},
-        {"wrong name", {{.names = "DNS:other.example.com", .issuer = &authority}}, ".*127.0.0.1.*"},
-        {"self-signed", {{}}, ".*self.signed.*"},
-        {"unknown CA", {{.issuer = &unknown}}, ".*unable to get local issuer.*"},
-        {"weak key", {{.rsa_bits = 1024, .issuer = &authority}}, ".*key too weak"},
-        {"plain http behind https", {}, ".*wrong version number"},
-        {"plain http", {}, ".*http.*", "http"},
-        {"no authorities", {{.issuer = &authority}}, ".*", "https", "/apetc/none.pem"},
+        {"expired", {{.not_after = "20200101000000Z", .issuer = &authority}}, "has expired|_EXPIRED"},
+        {"not yet valid", {{.not_before = "20980101000000Z", .issuer = &authority}}, "not yet valid|_FUTURE"},
+        {"wrong name", {{.names = "DNS:other.example.com", .issuer = &authority}}, "localhost|_CN_MISMATCH"},
+        {"self-signed", {{}}, "self.signed|_NOT_TRUSTED"},
+        {"unknown CA", {{.issuer = &unknown}}, "unable to get local issuer|_NOT_TRUSTED"},
+        {"weak key", {{.rsa_bits = 1024, .issuer = &authority}}, "key too weak"},
+        {"plain http behind https", {}, "wrong version number|invalid SSL record"},
+        {"plain http", {}, "http", "http"},
+        {"no authorities", {{.issuer = &authority}}, "", "https", "/apetc/none.pem"},
     };
+    const bool with_openssl = strstr(curl_version(), " OpenSSL/") != nullptr;
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
+        if (row.name == std::string("weak key") && !with_openssl) continue;
         const TlsOwner<SSL_CTX> settings = settings_with(row.certificate);
         const LoopbackServer server([&](int peer) { answer(peer, settings.get()); });
         authorities = row.trusts;
         const std::vector<std::string> said = complaints(server.url(row.scheme));
         EXPECT_EQ(said.size(), row.why ? 3U : 0U); // the post's, the image's, the helper's
         for (const std::string &line : said)
-            EXPECT_THAT(line, MatchesRegex("(#http upgrade# |: )?server not verified: " +
-                                           std::string(row.why) + "\n?"));
+            EXPECT_THAT(line, MatchesRegex("(#http upgrade# |: )?server not verified: .*(" +
+                                           std::string(row.why) + ").*\n?"));
         // as built by default, nobody is asked who they are
         authorities = "";
         const bool speaks = row.name != std::string("plain http behind https");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A server at 127.0.0.1 that does whatever a test says, raw.
+// A server at localhost that does whatever a test says, raw.
 #pragma once
 
 #include <functional>
@@ -21,7 +21,7 @@ class LoopbackServer {
         auto *any = reinterpret_cast<sockaddr *>(&address);
         EXPECT_TRUE(bind(socket_.get(), any, length) == 0 && listen(socket_.get(), 8) == 0);
         getsockname(socket_.get(), any, &length);
-        place_ = "://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/file";
+        place_ = "://localhost:" + std::to_string(ntohs(address.sin_port)) + "/file";
         thread_ = std::jthread([this, answer = std::move(answer)] {
             for (Descriptor peer; (peer = Descriptor(accept(socket_.get(), nullptr, nullptr)));) {
                 answer(peer.get());

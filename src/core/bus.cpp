@@ -40,7 +40,9 @@ int invoke(ubus_context *connection, uint32_t id, const char *method, blob_attr 
     std::optional<TimeLimit> limit;
     if (unanswered || (message != nullptr && blob_pad_len(message) > SENT_AT_ONCE))
         limit.emplace(connection->sock.fd, BUS_SEND_MILLIS);
-    const int status = ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
+    int status = ubus_invoke(connection, id, method, message, take_reply, reply, BUS_TIMEOUT_MILLIS);
+    // ended here rather than found dead, so that it is not made once more
+    if (status != UBUS_STATUS_OK && limit && TimeLimit::over()) status = UBUS_STATUS_TIMEOUT;
     unanswered = status == UBUS_STATUS_TIMEOUT;
     return status;
 }

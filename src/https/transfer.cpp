@@ -19,7 +19,8 @@ bool verifies_servers() {
     return ca_file()[0] != '\0';
 }
 
-// OpenSSL alone reads its security levels in a list of ciphers; other libraries ignore them, or refuse the list.
+// OpenSSL alone reads its security levels in a list of ciphers; other libraries ignore them, or refuse the
+// list.
 bool has_security_levels() {
     const char *library = curl_version_info(CURLVERSION_NOW)->ssl_version;
     return library != nullptr && strncmp(library, "OpenSSL", 7) == 0;

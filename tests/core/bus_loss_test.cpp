@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The connection through restarts of the daemon and of the bus, signals, and several threads.
 #include <csignal>
+#include <filesystem>
 #include <future>
 #include <gmock/gmock.h>
+#include <semaphore>
 #include <thread>
 
 #include "core/bus.h"
@@ -12,6 +14,29 @@
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
 #include "support/text_file.h"
+
+// The limits that were set, in milliseconds and in order: the agent's own, and what it gave the bus
+// library, both under ubus_mutex. The one for sending is over soon.
+static std::vector<long> limits;
+
+extern "C" {
+int __real_timer_settime(timer_t timer, int flags, const itimerspec *time, itimerspec *old);
+int __real_ubus_invoke_fd(ubus_context *bus, uint32_t object, const char *method, blob_attr *message,
+                          ubus_data_handler_t take, void *priv, int timeout, int fd);
+
+int __wrap_timer_settime(timer_t timer, int flags, const itimerspec *time, itimerspec *old) {
+    const long millis = time->it_value.tv_sec * 1000 + time->it_value.tv_nsec / 1000000;
+    if (millis != 0) limits.push_back(millis);
+    const itimerspec soon = {{1, 0}, {0, 100000000}};
+    return __real_timer_settime(timer, flags, millis == BUS_SEND_MILLIS ? &soon : time, old);
+}
+
+int __wrap_ubus_invoke_fd(ubus_context *bus, uint32_t object, const char *method, blob_attr *message,
+                          ubus_data_handler_t take, void *priv, int timeout, int fd) {
+    limits.push_back(timeout);
+    return __real_ubus_invoke_fd(bus, object, method, message, take, priv, timeout, fd);
+}
+}
 
 namespace {
 
@@ -138,6 +163,21 @@ TEST(BusLimit, EndsWhatTheLibraryWouldWaitForForEver) {
     }
     TimeLimit unused(socket, 20000);
     EXPECT_FALSE(TimeLimit::over());
+}
+
+TEST(BusLimit, EndsACallThatTheBusDoesNotTakeAndDoesNotRepeatIt) {
+    std::binary_semaphore done(0);
+    ScriptedPeer peer([&](const Wire &wire) {
+        wire.receive_message();
+        wire.send(captured::LOOKUP_DATA + captured::LOOKUP_STATUS);
+        done.acquire(); // reads no more
+    });
+    std::filesystem::create_symlink(BUS_PATH, BUS_SOCKET);
+    limits.clear();
+    EXPECT_EQ(set_led(std::string(512 * 1024, 'x').c_str()), -1);
+    EXPECT_EQ(limits, (std::vector<long>{BUS_CONNECT_MILLIS, BUS_LOOKUP_MILLIS, BUS_SEND_MILLIS,
+                                         BUS_TIMEOUT_MILLIS}));
+    done.release();
 }
 
 TEST(FairMutex, GoesToWhoWaitsLongest) {

@@ -4,21 +4,23 @@ of itself. Requests are not checked: some are wrong on purpose."""
 import json
 import secrets
 import threading
-import time
 
 import contract
 import mqtt5
 
-BROKER_SECONDS = 5
+BROKER_SECONDS = 20
 
 
 class ContractWatch:
+    """What it could not check is a fault too, unless the broker was to end (`broker_ends`, set by who ends it)."""
+
     def __init__(self, address):
         self.faults = []
         self.asked = {}  # correlation data: the topic that was asked, without the device
-        self.seen = 0
         self.marks = set()
-        self.marked = threading.Condition()
+        self.changed = threading.Condition()
+        self.broker_ends = False
+        self.ended = False  # everything that came before the connection's end is checked
         self.connection = mqtt5.Connection(address, BROKER_SECONDS)
         self.connection.subscribe(["#"], BROKER_SECONDS)
         threading.Thread(target=self._listen, daemon=True).start()
@@ -26,35 +28,43 @@ class ContractWatch:
     def _listen(self):
         try:
             while message := self.connection.next_message(None):
-                self._take(message)
+                try:
+                    self._take(message)
+                except Exception as error:  # whatever it is, the message is not checked
+                    self._note(message.topic, [f"it cannot be checked, {error!r}"], message)
         except mqtt5.MqttError:
-            pass  # the broker has ended; whoever starts it again listens again
+            pass  # whoever starts the broker again listens again
+        with self.changed:
+            self.ended = True
+            self.changed.notify_all()
 
     def _take(self, message):
         kind, _, rest = message.topic.partition("/")
         if kind == "mark":
-            with self.marked:
+            with self.changed:
                 self.marks.add(rest)
-                self.marked.notify_all()
+                self.changed.notify_all()
             return
         topic = message.topic.split("/", 3)[3] if kind == "tebra" else self.asked.pop(message.correlation, None)
         if kind == "tebra" and message.correlation:
             self.asked[message.correlation] = topic
         elif topic:
-            self.seen += 1
-            self.faults += [f"{topic}: {fault}: {message.payload[:300]}" for fault in message_faults(topic, message)]
+            self._note(topic, message_faults(topic, message), message)
+
+    def _note(self, topic, faults, message):
+        with self.changed:
+            self.faults += [f"{topic}: {fault}: {message.payload[:300]}" for fault in faults]
 
     def flush(self):
         """Waits until all that has passed up to now is checked, and gives and forgets what was wrong."""
         mark = secrets.token_hex(8)
-        self.connection.client.publish(f"mark/{mark}", b"", qos=1)
-        deadline = time.monotonic() + BROKER_SECONDS
-        with self.marked:
-            while mark not in self.marks and time.monotonic() < deadline:
-                if not self.connection.client.is_connected():
-                    break  # with its broker; what had come is checked
-                self.marked.wait(0.05)
-        found, self.faults = self.faults, []
+        if not self.broker_ends:
+            self.connection.client.publish(f"mark/{mark}", b"", qos=1)
+        with self.changed:
+            in_time = self.changed.wait_for(lambda: mark in self.marks or self.ended, BROKER_SECONDS)
+            found, self.faults = self.faults, []
+        if not in_time or self.ended and not self.broker_ends:
+            found.append("nobody listens to what passes the broker")
         return found
 
 

@@ -118,6 +118,8 @@ class Rig:
         process = self.processes.pop(name)
         if process.poll() is not None:
             return process.returncode
+        if name == "broker" and self.contract:
+            self.contract.broker_ends = True
         os.killpg(process.pid, number)  # a wrapper's child too
         try:
             return process.wait(LIMIT)

@@ -176,7 +176,8 @@ class Sdk(RigTest):
                 ("property/echo/set", '{"a":"é"}', '0 {"code":0}'),
                 ("property/echo/get", "", '0 {"a":"é"}'),
                 ("property/echo/set", "[" * 10000, '0 {"code":0}'),  # what it means is the slot's business
-                ("property/full/get", "", "0 " + "x" * (64 * 1024 - 1)),
+                ("property/long/get", "", "0 " + "x" * (512 * 1024 - 2)),
+                ("property/full/get", "", refused("the document is too large")),
                 ("property/locked/get", "", refused("the device cannot read it")),
                 ("property/locked/set", "{}", '7 {"code":7,"reply":"locked is locked"}'),
                 ("property/full/set", "{}", refused("the property cannot be written")),

@@ -51,9 +51,10 @@ int locked_set(const char *context, const char *, char *reply, int length) {
     return 7;
 }
 
-// Fills the whole buffer and does not terminate it.
-int full_get(const char *, char *output, int length) {
+// "full" fills the whole buffer and does not terminate it, "long" just fits.
+int full_get(const char *context, char *output, int length) {
     memset(output, 'x', static_cast<size_t>(length));
+    if (context == std::string("long")) output[length - 2] = '\0';
     return 0;
 }
 
@@ -103,6 +104,7 @@ const property_row PROPERTIES[] = {
     {"echo", init<'a'>, echo_set, echo_get, hook<'a'>, nullptr, [] { return say("report"); }},
     {"locked", nullptr, locked_set, [](const char *, char *, int) { return -1; }, nullptr, nullptr, nullptr},
     {"full", init<'c'>, nullptr, full_get, nullptr, nullptr, nullptr},
+    {"long", nullptr, nullptr, full_get, nullptr, nullptr, nullptr},
     {"slow", init<'d'>, nullptr, slow_get, hook<'d'>, nullptr, nullptr},
     {},
 };

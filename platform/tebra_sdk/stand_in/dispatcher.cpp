@@ -3,13 +3,15 @@
 
 #include "json_text.h"
 
+#include <cstring>
+#include <memory>
+#include <new>
 #include <optional>
-#include <vector>
 
 namespace {
 
 constexpr size_t MAX_PAYLOAD_BYTES = 256 * 1024;
-constexpr size_t DOCUMENT_BYTES = 64 * 1024;
+constexpr size_t DOCUMENT_BYTES = 512 * 1024;
 constexpr size_t REPLY_BYTES = 1024;
 
 struct Offer {
@@ -97,11 +99,14 @@ void Dispatcher::serve_get(const Request &request) {
     const property_row *row = find_property(record_, request.name);
     if (!row) return refuse(request, SERVICE_UNKNOWN, "there is no such property");
     if (!row->get) return refuse(request, SERVICE_UNKNOWN, "the property cannot be read");
-    std::vector<char> document(DOCUMENT_BYTES);
-    int code = row->get(row->name, document.data(), static_cast<int>(document.size()));
-    document.back() = 0;
-    link_.answer(request.reply,
-                 code == 0 ? Answer{0, document.data()} : refusal(code, "the device cannot read it"));
+    const std::unique_ptr<char[]> document(new (std::nothrow) char[DOCUMENT_BYTES]); // costs what is written
+    if (!document) return refuse(request, SERVICE_BUSY, "the device is out of memory");
+    document[0] = document[DOCUMENT_BYTES - 1] = 0;
+    const int code = row->get(row->name, document.get(), DOCUMENT_BYTES);
+    if (code != 0) return link_.answer(request.reply, refusal(code, "the device cannot read it"));
+    if (strnlen(document.get(), DOCUMENT_BYTES) >= DOCUMENT_BYTES - 1) // cut, or without its end
+        return refuse(request, SERVICE_BUSY, "the document is too large");
+    link_.answer(request.reply, {0, document.get()});
 }
 
 void Dispatcher::serve_set(const Request &request) {

@@ -3,24 +3,22 @@
 
 #include <cerrno>
 #include <csignal>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/log.h"
+#include "core/own_signals.h"
 #include "core/time_limit.h"
 
 // Leading a process group, so that what hangs can be ended with all that it has started; -1 without a shell.
 static pid_t start_shell(const char *command) {
     if (command == nullptr) return -1;
     const char *words[] = {"sh", "-c", command, nullptr};
-    posix_spawnattr_t leading;
-    if (posix_spawnattr_init(&leading) != 0) return -1;
-    posix_spawnattr_setflags(&leading, POSIX_SPAWN_SETPGROUP);
+    const OwnSignals leading(POSIX_SPAWN_SETPGROUP);
     pid_t shell = -1;
-    if (posix_spawn(&shell, "/bin/sh", nullptr, &leading, const_cast<char **>(words), environ) != 0)
-        shell = -1;
-    posix_spawnattr_destroy(&leading);
+    if (leading.error() != 0 ||
+        posix_spawn(&shell, "/bin/sh", nullptr, leading.get(), const_cast<char **>(words), environ) != 0)
+        return -1;
     return shell;
 }
 

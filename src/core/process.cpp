@@ -10,33 +10,36 @@
 #include <sys/wait.h>
 #include <utility>
 
+#include "core/own_signals.h"
+
 namespace {
 
-// posix_spawn's instructions, released with the object.
-struct FileActions {
-    FileActions() { posix_spawn_file_actions_init(&actions); }
-    ~FileActions() { posix_spawn_file_actions_destroy(&actions); }
-    FileActions(const FileActions &) = delete;
-    FileActions &operator=(const FileActions &) = delete;
-    posix_spawn_file_actions_t actions;
-};
-
-// The agent ignores SIGPIPE; a program that goes on when nobody reads it any more would outlive the agent.
-struct OwnSignals {
-    OwnSignals() {
-        sigset_t signals;
-        posix_spawnattr_init(&attributes);
-        sigemptyset(&signals);
-        posix_spawnattr_setsigmask(&attributes, &signals);
-        for (int number : {SIGPIPE, SIGINT, SIGQUIT, SIGTERM, SIGHUP})
-            sigaddset(&signals, number);
-        posix_spawnattr_setsigdefault(&attributes, &signals);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+// The streams of a new process: the one that is piped goes to `pipe`, the others to /dev/null.
+class Streams {
+  public:
+    Streams(Process::Piped piped, int pipe) : error_(posix_spawn_file_actions_init(&actions_)) {
+        take_null(STDIN_FILENO, O_RDONLY);
+        for (const auto &[stream, which] : {std::pair{STDOUT_FILENO, Process::Piped::output},
+                                            {STDERR_FILENO, Process::Piped::error}})
+            if (piped != which)
+                take_null(stream, O_WRONLY);
+            else if (error_ == 0)
+                error_ = posix_spawn_file_actions_adddup2(&actions_, pipe, stream);
     }
-    ~OwnSignals() { posix_spawnattr_destroy(&attributes); }
-    OwnSignals(const OwnSignals &) = delete;
-    OwnSignals &operator=(const OwnSignals &) = delete;
-    posix_spawnattr_t attributes;
+    ~Streams() { posix_spawn_file_actions_destroy(&actions_); }
+    Streams(const Streams &) = delete;
+    Streams &operator=(const Streams &) = delete;
+
+    int error() const { return error_; }
+    const posix_spawn_file_actions_t *get() const { return &actions_; }
+
+  private:
+    void take_null(int stream, int mode) {
+        if (error_ == 0)
+            error_ = posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0);
+    }
+    posix_spawn_file_actions_t actions_ = {};
+    int error_;
 };
 
 std::vector<char *> words_of(const Arguments &arguments) {
@@ -58,17 +61,12 @@ Process::Process(const Arguments &arguments, Piped piped) {
     output_.reset(ends[0]);
     const Descriptor writing(ends[1]);
     fcntl(output_.get(), F_SETFL, O_NONBLOCK);
-    FileActions files;
-    posix_spawn_file_actions_addopen(&files.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    for (const auto &[stream, which] :
-         {std::pair{STDOUT_FILENO, Piped::output}, {STDERR_FILENO, Piped::error}})
-        if (piped == which)
-            posix_spawn_file_actions_adddup2(&files.actions, writing.get(), stream);
-        else
-            posix_spawn_file_actions_addopen(&files.actions, stream, "/dev/null", O_WRONLY, 0);
+    const Streams streams(piped, writing.get());
     const OwnSignals signals;
     std::vector<char *> words = words_of(arguments);
-    error_ = posix_spawnp(&pid_, words[0], &files.actions, &signals.attributes, words.data(), environ);
+    error_ = streams.error() != 0 ? streams.error() : signals.error();
+    if (error_ == 0)
+        error_ = posix_spawnp(&pid_, words[0], streams.get(), signals.get(), words.data(), environ);
     if (error_ != 0) pid_ = -1;
 }
 

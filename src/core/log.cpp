@@ -67,7 +67,8 @@ void append_line(const char *path, const char *line, size_t length, const char *
         return;
     }
     empty_when_too_big(file.get());
-    write_all(file.get(), line, length);
+    if (!write_all(file.get(), line, length))
+        qvtk_log("%s %d write file:%s fail", logger, source_line, path);
 }
 
 } // namespace

@@ -17,6 +17,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::chrono::seconds REOPEN_LIMIT(5);
+constexpr int RETRY_MILLIS = 20;
 
 // The threads take no signals: those of the process are its owner's, and SIGPIPE is of no use to anybody.
 class BlockedSignals {
@@ -120,17 +121,18 @@ void Listener::wake() const {
 }
 
 void Listener::run() {
+    bool overrun = false; // nobody can be served for the moment
     for (;;) {
         {
             std::lock_guard lock(mutex_);
             if (stopping_) return;
             follow_wish();
         }
-        pollfd waits[] = {{wake_.get(), POLLIN, 0}, {socket_.get(), POLLIN, 0}};
-        poll(waits, 2, patience());
+        pollfd waits[] = {{wake_.get(), POLLIN, 0}, {overrun ? -1 : socket_.get(), POLLIN, 0}};
+        poll(waits, 2, overrun ? RETRY_MILLIS : patience());
         std::uint64_t count;
         if (waits[0].revents != 0) (void)!read(wake_.get(), &count, sizeof count);
-        if (waits[1].revents != 0) accept_one();
+        overrun = waits[1].revents != 0 && !accept_one();
     }
 }
 
@@ -148,20 +150,27 @@ void Listener::follow_wish() {
 
 int Listener::patience() {
     std::lock_guard lock(mutex_);
-    if (wished_ != listening_) return 20;
+    if (wished_ != listening_) return RETRY_MILLIS;
     if (!resume_) return -1;
     auto left = std::chrono::duration_cast<milliseconds>(*resume_ - steady_clock::now()).count();
     return static_cast<int>(left < 0 ? 0 : left + 1);
 }
 
-void Listener::accept_one() {
+// False when the system has no descriptor or thread left: who came waits, or is turned away.
+bool Listener::accept_one() {
     Descriptor peer(accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    if (!peer) return;
+    if (!peer) return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
     join_done_workers(false);
     std::lock_guard lock(mutex_);
     Worker &worker = workers_.emplace_back();
-    worker.connection = std::make_unique<Connection>(std::move(peer), tls_);
-    worker.thread = std::thread([this, &worker] { serve(worker); });
+    try {
+        worker.connection = std::make_unique<Connection>(std::move(peer), tls_);
+        worker.thread = std::thread([this, &worker] { serve(worker); });
+    } catch (const std::exception &) {
+        workers_.pop_back();
+        return false;
+    }
+    return true;
 }
 
 void Listener::serve(Worker &worker) {

@@ -41,7 +41,7 @@ class Listener {
     void follow_wish();
     int patience();
     void wake() const;
-    void accept_one();
+    bool accept_one();
     void serve(Worker &worker);
     void join_done_workers(bool all);
 

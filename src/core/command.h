@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Commands run by the system shell, each in a process group of its own and with every signal as the system has
-// it. Any thread; each call blocks until the command has ended, or has been killed with its whole group because
-// its time was over.
+// Commands run by the system shell, each in a process group of its own and with every signal as the system
+// has it. Any thread; each call blocks until the command has ended, or has been killed with its whole group
+// because its time was over.
 #pragma once
 
 // Longer than the helper programs give themselves: who reaches it hangs.

@@ -67,8 +67,7 @@ void append_line(const char *path, const char *line, size_t length, const char *
         return;
     }
     empty_when_too_big(file.get());
-    if (!write_all(file.get(), line, length))
-        qvtk_log("%s %d write file:%s fail", logger, source_line, path);
+    if (!write_all(file.get(), line, length)) qvtk_log("%s %d write file:%s fail", logger, source_line, path);
 }
 
 } // namespace

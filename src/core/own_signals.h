@@ -4,8 +4,8 @@
 
 #include <spawn.h>
 
-// Attributes for posix_spawn: every signal as the system has it. The agent ignores SIGPIPE, and a program that
-// goes on when nobody reads it any more would outlive the agent.
+// Attributes for posix_spawn: every signal as the system has it. The agent ignores SIGPIPE, and a program
+// that goes on when nobody reads it any more would outlive the agent.
 class OwnSignals {
   public:
     explicit OwnSignals(short more_flags = 0); // further POSIX_SPAWN_* that need no value

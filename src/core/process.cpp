@@ -19,8 +19,8 @@ class Streams {
   public:
     Streams(Process::Piped piped, int pipe) : error_(posix_spawn_file_actions_init(&actions_)) {
         take_null(STDIN_FILENO, O_RDONLY);
-        for (const auto &[stream, which] : {std::pair{STDOUT_FILENO, Process::Piped::output},
-                                            {STDERR_FILENO, Process::Piped::error}})
+        for (const auto &[stream, which] :
+             {std::pair{STDOUT_FILENO, Process::Piped::output}, {STDERR_FILENO, Process::Piped::error}})
             if (piped != which)
                 take_null(stream, O_WRONLY);
             else if (error_ == 0)
@@ -35,8 +35,7 @@ class Streams {
 
   private:
     void take_null(int stream, int mode) {
-        if (error_ == 0)
-            error_ = posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0);
+        if (error_ == 0) error_ = posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0);
     }
     posix_spawn_file_actions_t actions_ = {};
     int error_;

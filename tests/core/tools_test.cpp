@@ -145,12 +145,8 @@ TEST(Command, Results) {
     const struct {
         const char *command;
         int result, exit_code, extended;
-    } rows[] = {{"true", 0, 0, 0},
-                {"exit 3", 0, 3, -1},
-                {"/none", 0, 127, -1},
-                {"kill -9 $$", -1, 77, -1},
-                {"kill -PIPE $$", -1, 77, -1},
-                {nullptr, -1, 77, -1}};
+    } rows[] = {{"true", 0, 0, 0},          {"exit 3", 0, 3, -1},          {"/none", 0, 127, -1},
+                {"kill -9 $$", -1, 77, -1}, {"kill -PIPE $$", -1, 77, -1}, {nullptr, -1, 77, -1}};
     for (const auto &row : rows) {
         SCOPED_TRACE(row.command == nullptr ? "null" : row.command);
         for (auto run : {run_cmd, rvxa_run_cmd}) {

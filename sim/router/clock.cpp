@@ -11,10 +11,14 @@ constexpr char TIME[] = "/sim/time"; // seconds since the epoch
 constexpr int DAY = 86400;
 constexpr int FIRST_DAY = 4; // of the epoch: a Thursday
 
+int now(const World &world) {
+    return std::max(0, world.state.integer(TIME));
+}
+
 } // namespace
 
 WallTime wall_time(const World &world) {
-    return wall_time(world.state.integer(TIME));
+    return wall_time(now(world));
 }
 
 WallTime wall_time(int seconds) {
@@ -22,9 +26,9 @@ WallTime wall_time(int seconds) {
 }
 
 void elapse_clock(World &world, int seconds) {
-    const int from = world.state.integer(TIME);
-    world.state.set(TIME, from + std::min(seconds, 0x7fffffff - from));
-    carry_out_tasks(world, from, world.state.integer(TIME));
+    const int from = now(world);
+    world.state.set(TIME, advance(from, seconds));
+    carry_out_tasks(world, from, now(world));
 }
 
 } // namespace router

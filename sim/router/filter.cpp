@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The MAC filter: a block list, or an allow list.
-#include <algorithm>
 
 #include "sim/router/world.h"
 
@@ -19,13 +18,6 @@ constexpr Field ADD[] = {
     LIST, TYPE, required(flag("enable")), integer("protocol", 0, 2), required(mac("mac")), PLATFORM};
 constexpr Field DELETE[] = {TYPE, required(integer("index", 0, 0x7fffffff)), PLATFORM};
 
-int free_index(json_object *entries) {
-    int highest = -1;
-    for (std::size_t i = 0; i < length_of(entries); i++)
-        highest = std::max(highest, integer_of(element(entries, i), "index"));
-    return highest + 1;
-}
-
 // A MAC that is in the list, switched on or not, keeps its index and takes the new settings.
 JsonRoot add_entry(World &world, const Request &request) {
     json_object *entries = world.state.at(ENTRIES);
@@ -34,7 +26,8 @@ JsonRoot add_entry(World &world, const Request &request) {
     const auto at = known < 0 ? length_of(entries) : static_cast<std::size_t>(known);
     JsonRoot entry = copy_json(request.arguments);
     put(entry.get(), "mac", spell_mac(text_of(request.arguments, "mac")));
-    put(entry.get(), "index", known < 0 ? free_index(entries) : integer_of(element(entries, at), "index"));
+    put(entry.get(), "index",
+        known < 0 ? next_number(entries, "index", 0) : integer_of(element(entries, at), "index"));
     json_object_array_put_idx(entries, at, entry.release());
     return result();
 }

@@ -26,8 +26,7 @@ constexpr Field GLOBAL[] = {required(flag("enable"))};
 constexpr Field DELETE[] = {required(steering(flag("delall"))), steering(mac("mac"))};
 
 std::string place_of_device(const World &world, const std::string &mac) {
-    int at = index_of_mac(world.state.find(DEVICES), mac);
-    return at < 0 ? "" : std::string(DEVICES) + "/" + std::to_string(at);
+    return place_at(DEVICES, index_of_mac(world.state.find(DEVICES), mac));
 }
 
 // The place of the device that the call is about; throws Refused when it is not under supervision.
@@ -69,11 +68,7 @@ JsonRoot list_devices(World &world, const Request &request) {
 
 JsonRoot get_device(World &world, const Request &request) {
     const std::string place = place_of_device(world, text_of(request.arguments, "mac"));
-    if (place.empty()) return unknown_reply();
-    JsonRoot reply = new_object();
-    put(reply.get(), "result", 0);
-    put(reply.get(), request.row.object, world.state.view(place));
-    return reply;
+    return reply_of_getby(request, view_at(world, place));
 }
 
 JsonRoot add_device(World &world, const Request &request) {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <future>
 #include <mutex>
 #include <set>
@@ -53,6 +54,8 @@ struct Router::Body {
     }
     void handle(const UbusInvocation &invocation);
     void answer(const UbusInvocation &invocation, const Mishap &mishap, const std::string &reply) const;
+    // Runs an action under the lock that nobody has called for; what it throws is printed.
+    void by_itself(const std::function<void()> &action);
     void tick();
     // Runs an action under the lock, on the server's thread, and waits for it; here if no server runs.
     void on_server(const std::function<void()> &action);
@@ -86,7 +89,8 @@ struct Router::Body {
 Router::Body::Body(const std::string &patch) : world(patch) {
     world.effects.later = [this](int millis, const std::function<void()> &action) {
         if (!server) return action();
-        server->post([this, millis, action] { server->after(millis, [this, action] { locked(action); }); });
+        server->post(
+            [this, millis, action] { server->after(millis, [this, action] { by_itself(action); }); });
     };
     world.effects.restart = [this](bool drop_clients) {
         if (!server) return;
@@ -185,12 +189,18 @@ void Router::Body::answer(const UbusInvocation &invocation, const Mishap &mishap
         invocation.reply(fault.reply);
 }
 
+// A state that was set to what makes no sense must not end the server.
+void Router::Body::by_itself(const std::function<void()> &action) {
+    try {
+        locked(action);
+    } catch (const std::exception &error) {
+        fprintf(stderr, "router: %s\n", error.what());
+    }
+}
+
 void Router::Body::tick() {
-    locked([this] {
-        if (!clock_runs) return;
-        world.elapse(1);
-        server->after(TICK_MILLIS, [this] { tick(); });
-    });
+    by_itself([this] { world.elapse(1); });
+    server->after(TICK_MILLIS, [this] { tick(); });
 }
 
 void Router::Body::on_server(const std::function<void()> &action) {
@@ -297,12 +307,8 @@ void Router::elapse(int seconds) {
     body->locked([&] { body->world.elapse(seconds); });
 }
 
-void Router::run_clock(bool on) {
-    body->on_server([this, on] {
-        const bool starts = on && !body->clock_runs;
-        body->clock_runs = on;
-        if (starts && body->server) body->server->after(TICK_MILLIS, [this] { body->tick(); });
-    });
+void Router::run_clock() {
+    body->locked([this] { body->clock_runs = true; });
 }
 
 } // namespace router

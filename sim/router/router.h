@@ -108,8 +108,8 @@ class Router {
     void station(const std::string &mac, const std::string &radio, int count = 1);
     // Time goes by: uptimes rise, guest access and disconnections run out, scheduled tasks are carried out.
     void elapse(int seconds);
-    // Let time go by itself; a router stands still until it is told to run.
-    void run_clock(bool on);
+    // Lets time go by itself, from the next start() on.
+    void run_clock();
 
   private:
     struct Body;

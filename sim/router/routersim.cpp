@@ -111,7 +111,7 @@ void serve(const Options &options, router::Router &router) {
     if (!router::share_images()) fprintf(stderr, "routersim: cannot link the images of /tmp to /aptmp\n");
     router::make_hardware();
     router.call("sim", "storage"); // writes the status file, where there is a place for it
-    router.run_clock(true);
+    router.run_clock();
     router.start(options.socket);
     printf("routersim: serving %s\n", options.socket.c_str());
     fflush(stdout);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Parental control: the rules of each device, by address (or application) and by time.
-#include <algorithm>
 #include <cstdlib>
 
 #include "sim/router/world.h"
@@ -53,14 +52,11 @@ json_object *entry_of(World &world, const char *place, const std::string &mac) {
 void add_rule(json_object *entry, const Request &request) {
     json_object *rules = member(entry, "list");
     if (length_of(rules) >= RULE_LIMIT) throw Refused(std::string(request.row.object) + " list is full");
-    int highest = -1;
-    for (std::size_t i = 0; i < length_of(rules); i++)
-        highest = std::max(highest, integer_of(element(rules, i), "index"));
     JsonRoot rule = new_object();
     for (const Field &field : request.row.fields)
         if (json_object *value = member(request.arguments, field.name); value && field.stored)
             put(rule.get(), field.name, copy_json(value));
-    put(rule.get(), "index", highest + 1);
+    put(rule.get(), "index", next_number(rules, "index", 0));
     json_object_array_add(rules, rule.release());
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The client devices: names, rates, and their coming and going.
-#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -20,8 +19,7 @@ constexpr Field SETTINGS[] = {STATION, text("devname", 0, 127), flag("limitrates
 
 // The place of a station; "" when there is none of that MAC.
 std::string place_of_station(const World &world, const std::string &mac) {
-    int at = index_of_mac(world.state.find(STATIONS), mac);
-    return at < 0 ? "" : std::string(STATIONS) + "/" + std::to_string(at);
+    return place_at(STATIONS, index_of_mac(world.state.find(STATIONS), mac));
 }
 
 void bound_rate(json_object *station, const char *rate, const char *limit) {
@@ -50,14 +48,9 @@ JsonRoot list_stations(World &world, const Request &request) {
 }
 
 JsonRoot get_station(World &world, const Request &request) {
-    const std::string place = place_of_station(world, text_of(request.arguments, "mac"));
-    if (place.empty()) return unknown_reply();
-    JsonRoot reply = new_object();
-    JsonRoot station = world.state.view(place);
-    show_rates(station.get());
-    put(reply.get(), "result", 0);
-    put(reply.get(), request.row.object, std::move(station));
-    return reply;
+    JsonRoot station = view_at(world, place_of_station(world, text_of(request.arguments, "mac")));
+    if (station) show_rates(station.get());
+    return reply_of_getby(request, std::move(station));
 }
 
 JsonRoot set_station_settings(World &world, const Request &request) {
@@ -150,7 +143,7 @@ void elapse_stations(World &world, int seconds) {
     for (std::size_t i = 0; i < length_of(stations); i++) {
         json_object *station = element(stations, i);
         if (integer_of(station, "active") && member(station, "uptime"))
-            put(station, "uptime", integer_of(station, "uptime") + seconds);
+            put(station, "uptime", advance(integer_of(station, "uptime"), seconds));
     }
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The timer service: tasks that the daemon carries out at a time of day.
-#include <algorithm>
 #include <optional>
 
 #include "sim/router/world.h"
@@ -23,18 +22,11 @@ constexpr Field MODIFY[] = {
     SSID_INDEX};
 constexpr Field DELETE[] = {ACTION, required(integer("taskid", ALL_OF_ACTION, 0x7fffffff))};
 
-int free_id(json_object *tasks) {
-    int highest = 0;
-    for (std::size_t i = 0; i < length_of(tasks); i++)
-        highest = std::max(highest, integer_of(element(tasks, i), "taskid"));
-    return highest + 1;
-}
-
 JsonRoot add_task(World &world, const Request &request) {
     json_object *tasks = world.state.at(TASKS);
     if (length_of(tasks) >= TASK_LIMIT) throw Refused("vrop.timer list is full");
     JsonRoot task = copy_json(request.arguments);
-    put(task.get(), "taskid", free_id(tasks));
+    put(task.get(), "taskid", next_number(tasks, "taskid", 1));
     json_object_array_add(tasks, task.release());
     return result();
 }
@@ -51,7 +43,7 @@ int find_task(const World &world, const Request &request) {
 
 JsonRoot modify_task(World &world, const Request &request) {
     int at = find_task(world, request);
-    store_at(world, std::string(TASKS) + "/" + std::to_string(at), request);
+    store_at(world, place_at(TASKS, at), request);
     return result();
 }
 
@@ -73,9 +65,9 @@ constexpr int DAY = 86400;
 // week's days; the offset may lie in the day after.
 std::optional<int> last_due(int week, int offset, int from, int to) {
     for (int day = to / DAY; day >= from / DAY - 1; day--) {
-        const int moment = day * DAY + offset;
+        const long long moment = day * static_cast<long long>(DAY) + offset;
         if (moment <= from) break;
-        if (moment <= to && (week >> wall_time(day * DAY).weekday & 1)) return moment;
+        if (moment <= to && (week >> wall_time(day * DAY).weekday & 1)) return static_cast<int>(moment);
     }
     return std::nullopt;
 }

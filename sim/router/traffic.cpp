@@ -52,7 +52,7 @@ void add_rate(World &world, const std::string &place, double change) {
 JsonRoot download(World &world, const Request &request) {
     const int at = index_of_mac(world.state.find(STATIONS), text_of(request.arguments, "mac"));
     if (at < 0) throw Refused("station " + text_of(request.arguments, "mac") + " not found");
-    const std::string rate = std::string(STATIONS) + "/" + std::to_string(at) + "/rxrate";
+    const std::string rate = place_at(STATIONS, at) + "/rxrate";
     const double change = integer_of(request.arguments, "rate") - atof(world.state.text(rate).c_str());
     add_rate(world, rate, change);
     add_rate(world, WAN_RATE, change);
@@ -78,7 +78,7 @@ Methods traffic_methods() {
 
 void elapse_speed_test(World &world, int seconds) {
     if (world.state.find(TEST_SECONDS))
-        world.state.set(TEST_SECONDS, world.state.integer(TEST_SECONDS) + seconds);
+        world.state.set(TEST_SECONDS, advance(world.state.integer(TEST_SECONDS), seconds));
 }
 
 } // namespace router

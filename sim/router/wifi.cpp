@@ -104,18 +104,13 @@ JsonRoot set_advanced(World &world, const Request &request) {
 
 // The place of the access point that the call names; "" when there is none.
 std::string access_point(const World &world, const Request &request) {
-    int at =
-        index_of(world.state.find(place_of(request.row)), "index", integer_of(request.arguments, "index"));
-    return at < 0 ? "" : place_of(request.row) + "/" + std::to_string(at);
+    const std::string networks = place_of(request.row);
+    return place_at(networks,
+                    index_of(world.state.find(networks), "index", integer_of(request.arguments, "index")));
 }
 
 JsonRoot get_access_point(World &world, const Request &request) {
-    std::string place = access_point(world, request);
-    if (place.empty()) return unknown_reply();
-    JsonRoot reply = new_object();
-    put(reply.get(), "result", 0);
-    put(reply.get(), request.row.object, world.state.view(place));
-    return reply;
+    return reply_of_getby(request, view_at(world, access_point(world, request)));
 }
 
 JsonRoot set_access_point(World &world, const Request &request) {

@@ -2,6 +2,7 @@
 #include "sim/router/world.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 namespace router {
@@ -58,7 +59,7 @@ void World::record(const Call &call) {
 }
 
 void World::elapse(int seconds) {
-    if (state.find(UPTIME)) state.set(UPTIME, state.integer(UPTIME) + seconds);
+    if (state.find(UPTIME)) state.set(UPTIME, advance(state.integer(UPTIME), seconds));
     elapse_stations(*this, seconds);
     elapse_guests(*this, seconds);
     elapse_disconnections(*this, seconds);
@@ -96,9 +97,10 @@ JsonRoot named_reply(const Request &request, JsonRoot value) {
     return reply;
 }
 
-JsonRoot unknown_reply() {
+JsonRoot reply_of_getby(const Request &request, JsonRoot found) {
     JsonRoot reply = new_object();
-    put(reply.get(), "result", 1);
+    put(reply.get(), "result", found ? 0 : 1);
+    if (found) put(reply.get(), request.row.object, std::move(found));
     return reply;
 }
 
@@ -132,6 +134,11 @@ int integer_after(const World &world, const Request &request, const std::string 
     return integer_of(request.arguments, name, world.state.integer(place + "/" + name));
 }
 
+int advance(int value, int seconds) {
+    constexpr long long MOST = std::numeric_limits<int>::max();
+    return static_cast<int>(std::min(MOST, static_cast<long long>(value) + seconds));
+}
+
 int index_of(json_object *array, const char *name, int value) {
     for (std::size_t i = 0; i < length_of(array); i++)
         if (integer_of(element(array, i), name) == value) return static_cast<int>(i);
@@ -142,6 +149,21 @@ int index_of_mac(json_object *array, const std::string &mac) {
     for (std::size_t i = 0; i < length_of(array); i++)
         if (same_mac(text_of(element(array, i), "mac"), mac)) return static_cast<int>(i);
     return -1;
+}
+
+std::string place_at(const std::string &array, int index) {
+    return index < 0 ? "" : array + "/" + std::to_string(index);
+}
+
+JsonRoot view_at(const World &world, const std::string &place) {
+    return place.empty() ? nullptr : world.state.view(place);
+}
+
+int next_number(json_object *array, const char *name, int first) {
+    int next = first;
+    for (std::size_t i = 0; i < length_of(array); i++)
+        next = std::max(next, advance(integer_of(element(array, i), name), 1));
+    return next;
 }
 
 } // namespace router

@@ -89,7 +89,7 @@ class World {
 // Replies.
 JsonRoot result(const char *value = "0");
 JsonRoot named_reply(const Request &request, JsonRoot value);
-JsonRoot unknown_reply(); // of a "getby..." that finds nothing
+JsonRoot reply_of_getby(const Request &request, JsonRoot found); // null: it found nothing
 
 // Handlers that most objects share: the members at the row's place; stores the arguments there.
 JsonRoot show(World &world, const Request &request);
@@ -105,6 +105,11 @@ int integer_after(const World &world, const Request &request, const std::string 
 // Index in an array at a place of the first element whose member has the value; -1 when there is none.
 int index_of(json_object *array, const char *name, int value);
 int index_of_mac(json_object *array, const std::string &mac);
+// The place of an array's element, "" for index -1; what stands there, null for "".
+std::string place_at(const std::string &array, int index);
+JsonRoot view_at(const World &world, const std::string &place);
+// One more than the highest number that the array's elements have as that member, at least `first`.
+int next_number(json_object *array, const char *name, int first);
 
 // The subjects. Each file gives its rows.
 Methods identity_methods();
@@ -132,6 +137,9 @@ struct WallTime {
 };
 WallTime wall_time(const World &world);
 WallTime wall_time(int seconds); // since the epoch
+
+// A number of seconds and some more, at most as many as an int holds.
+int advance(int value, int seconds);
 
 // What time does to a subject.
 void elapse_clock(World &world, int seconds);

@@ -68,6 +68,10 @@ TEST(World, CarriesOutScheduledTasks) {
          "/vrop.webwifisimple/wifi24apenable=1 /vrop.webwifisimple/wifiswitch=1"},
         {R"(vrop.timer.modify set {"action":"ToReboot","taskid":1,"enable":1})"},
         {R"(sim elapse {"seconds":86400})", "/vrop.homewebinfo/uptime=0"}, // Sundays and Saturdays at 04:00
+        // at the end of its time
+        {R"(sim setstate {"pointer":"/sim/time","value":"2147483646"})"},
+        {R"(sim setstate {"pointer":"/vrop.homewebinfo/uptime","value":"2147483646"})"},
+        {R"(sim elapse {"seconds":9})", "/sim/time=2147483647 /vrop.homewebinfo/uptime=2147483647"},
     });
 }
 

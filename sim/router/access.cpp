@@ -50,7 +50,9 @@ void enforce_access(World &world) {
 }
 
 void forget_kept_out(World &world, const std::string &mac) {
-    json_object_object_del(world.state.find(KEPT_OUT), spell_mac(mac).c_str());
+    json_object *kept_out = world.state.find(KEPT_OUT);
+    if (json_object_is_type(kept_out, json_type_object))
+        json_object_object_del(kept_out, spell_mac(mac).c_str());
 }
 
 } // namespace router

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "core/files.h"
-#include "core/folder.h"
 #include "core/log.h"
+#include "core/text.h"
 
 static constexpr mode_t STORAGE_MODE = 0644; // other programs read it
 static constexpr char STORAGE_DEFAULTS[] =
@@ -50,8 +50,8 @@ bool read_storage(std::string *text) {
 
 int storage_number(const std::string &text, const char *key, int otherwise) {
     const size_t at = value_of(text, key);
-    return at == std::string::npos ? otherwise
-                                   : static_cast<int>(line_number(text.substr(at, 11), otherwise));
+    if (at == std::string::npos) return otherwise;
+    return leading_integer(text.substr(at, text.find('\n', at) - at).c_str(), otherwise);
 }
 
 std::string with_storage_number(const std::string &text, const char *key, int number) {

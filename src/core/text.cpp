@@ -37,9 +37,11 @@ int set_colon_mac(const char *digits, char *to, int size) {
                     b[3], b[4], b[5]);
 }
 
-int leading_integer(const char *text) {
-    if (text == nullptr) return 0;
-    return static_cast<int>(std::clamp(strtoll(text, nullptr, 10), 0LL + INT_MIN, 0LL + INT_MAX));
+int leading_integer(const char *text, int otherwise) {
+    if (text == nullptr) return otherwise;
+    char *end = nullptr;
+    const long long number = strtoll(text, &end, 10);
+    return end == text ? otherwise : static_cast<int>(std::clamp(number, 0LL + INT_MIN, 0LL + INT_MAX));
 }
 
 void util_strip_blank_of_string_end(char *text) {

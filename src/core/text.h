@@ -46,8 +46,8 @@ Text<13> mac_lower_hex(const char *digits);
 int set_colon_mac(const char *digits, char *to, int size);
 
 // The integer that a text begins with, blanks before it aside; what 32 bits cannot hold becomes the nearest
-// that they can. 0 when there is none, and for null.
-int leading_integer(const char *text);
+// that they can. `otherwise` when there is none, and for null.
+int leading_integer(const char *text, int otherwise = 0);
 
 // Removes trailing spaces, tabs, carriage returns and line feeds in place; null is ignored.
 void util_strip_blank_of_string_end(char *text);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The small tools: texts, files, commands, threads, the storage file.
+#include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
@@ -176,6 +177,13 @@ TEST(Command, ThatHangsIsKilledWholly) {
     char byte = 0;
     EXPECT_EQ(read(hold[0], &byte, 1), 0) << "somebody still has the other end";
     close(hold[0]);
+}
+
+TEST(StorageFile, NumbersAreBoundedByTheirLine) {
+    const std::pair<const char *, int> rows[] = {
+        {"a=12\n", 12}, {"b=1\na= -3", -3}, {"a=4294967296", INT_MAX}, {"a=\n5", 7}, {"a=x", 7}, {"ba=1", 7}};
+    for (const auto &[text, number] : rows)
+        EXPECT_EQ(storage_number(text, "a", 7), number) << text;
 }
 
 TEST(StorageFile, IsMadeOnceAndLeftAlone) {

@@ -19,7 +19,6 @@ struct Cloud::Impl {
     Services services;
     HttpServer server, control;
     mutable std::mutex lifecycle;
-    std::string pem;
     int port = 0;
     TlsOwner<SSL_CTX> tls;
     std::unique_ptr<Listener> listener, control_listener;
@@ -42,10 +41,9 @@ int Cloud::start(int port, Scheme scheme) {
     impl_->tls.reset();
     if (scheme == Scheme::https) {
         Certificate certificate = make_certificate();
-        impl_->pem = to_pem(certificate);
         impl_->tls = make_server_settings(certificate);
         const std::string &out = impl_->services.options.certificate_out;
-        if (!out.empty() && !replace_file(out.c_str(), impl_->pem, 0644))
+        if (!out.empty() && !replace_file(out.c_str(), to_pem(certificate), 0644))
             throw std::runtime_error("cannot write " + out);
     }
     auto listener = std::make_unique<Listener>(
@@ -73,11 +71,6 @@ int Cloud::port() const {
 std::string Cloud::url(std::string_view path) const {
     const char *scheme = impl_->services.scheme == Scheme::https ? "https://" : "http://";
     return scheme + impl_->services.options.host + ":" + std::to_string(port()) + std::string(path);
-}
-
-std::string Cloud::certificate() const {
-    std::lock_guard lock(impl_->lifecycle);
-    return impl_->pem;
 }
 
 void Cloud::set_listening(bool listening) {
@@ -120,17 +113,8 @@ void Cloud::clear_faults() {
     set_listening(true);
 }
 
-std::size_t Cloud::pending_faults() const {
-    return impl_->services.faults.size();
-}
-
 std::vector<Request> Cloud::requests() const {
     return impl_->services.journal.all();
-}
-
-std::vector<Request> Cloud::wait_requests(std::size_t count, std::string_view path,
-                                          std::chrono::milliseconds limit) const {
-    return impl_->services.journal.wait(count, path, limit);
 }
 
 void Cloud::clear_requests() {

@@ -118,7 +118,6 @@ class Cloud {
     void stop(); // ends all connections and threads; start() may follow
     int port() const;
     std::string url(std::string_view path) const; // "https://127.0.0.1:PORT/path"
-    std::string certificate() const;              // PEM, after start() with https
 
     // false: the port refuses connections from the return of this call on; true: it listens again.
     void set_listening(bool listening);
@@ -135,13 +134,8 @@ class Cloud {
     // endpoint itself goes before one of "any".
     void fault(Fault fault);
     void clear_faults(); // and listens again
-    std::size_t pending_faults() const;
 
     std::vector<Request> requests() const;
-    // The requests whose path begins with `path`, once there are at least `count`, or what there is after
-    // `limit`.
-    std::vector<Request> wait_requests(std::size_t count, std::string_view path = "",
-                                       std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
     void clear_requests();
     // Bytes stored by PUT /upload/NAME or by upload-config-file.
     std::optional<std::string> uploaded(const std::string &name) const;

@@ -96,11 +96,6 @@ void FaultQueue::clear() {
     faults_.clear();
 }
 
-std::size_t FaultQueue::size() const {
-    std::lock_guard lock(mutex_);
-    return faults_.size();
-}
-
 std::optional<Fault> FaultQueue::take(std::string_view endpoint) {
     std::lock_guard lock(mutex_);
     auto found = std::ranges::find(faults_, endpoint, &Fault::endpoint);

@@ -12,7 +12,6 @@ class FaultQueue {
   public:
     void add(Fault fault);
     void clear();
-    std::size_t size() const;
     // The fault that applies to a request to this endpoint, used up by it; none when all is well.
     std::optional<Fault> take(std::string_view endpoint);
 

@@ -53,24 +53,11 @@ void Journal::add(Request request) {
     std::lock_guard lock(mutex_);
     if (log_) log_(to_line(request));
     requests_.push_back(std::move(request));
-    grown_.notify_all();
 }
 
 std::vector<Request> Journal::all() const {
     std::lock_guard lock(mutex_);
     return requests_;
-}
-
-std::vector<Request> Journal::wait(std::size_t count, std::string_view path,
-                                   std::chrono::milliseconds limit) const {
-    std::unique_lock lock(mutex_);
-    auto wanted = [&](const Request &request) { return request.path.starts_with(path); };
-    grown_.wait_for(lock, limit, [&] {
-        return static_cast<std::size_t>(std::ranges::count_if(requests_, wanted)) >= count;
-    });
-    std::vector<Request> found;
-    std::ranges::copy_if(requests_, std::back_inserter(found), wanted);
-    return found;
 }
 
 void Journal::clear() {

@@ -2,7 +2,6 @@
 // The requests that came, kept for tests and logged for people.
 #pragma once
 #include "cloud.h"
-#include <condition_variable>
 #include <mutex>
 
 namespace cloudsim {
@@ -18,14 +17,11 @@ class Journal {
 
     void add(Request request);
     std::vector<Request> all() const;
-    std::vector<Request> wait(std::size_t count, std::string_view path,
-                              std::chrono::milliseconds limit) const;
     void clear();
 
   private:
     std::function<void(const std::string &)> log_;
     mutable std::mutex mutex_;
-    mutable std::condition_variable grown_;
     std::vector<Request> requests_;
 };
 

@@ -9,11 +9,6 @@ MqttProperties &MqttProperties::integer(int identifier, uint32_t value) {
     return *this;
 }
 
-MqttProperties &MqttProperties::text(int identifier, const char *value) {
-    mosquitto_property_add_string(&list_, identifier, value);
-    return *this;
-}
-
 MqttProperties &MqttProperties::bytes(int identifier, const std::string &value) {
     mosquitto_property_add_binary(&list_, identifier, value.data(), static_cast<uint16_t>(value.size()));
     return *this;

@@ -14,7 +14,6 @@ class MqttProperties {
     MqttProperties &operator=(const MqttProperties &) = delete;
 
     MqttProperties &integer(int identifier, uint32_t value);
-    MqttProperties &text(int identifier, const char *value);
     MqttProperties &bytes(int identifier, const std::string &value);
     MqttProperties &user(const char *name, const std::string &value);
     const mosquitto_property *get() const { return list_; }

@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-BusClient::BusClient(int fd, uint32_t id) : fd_(fd), id_(id) {
+BusClient::BusClient(int fd, uint32_t id) : fd_(fd) {
     MessageBuilder empty;
     send({0, wire::HELLO, 0, id}, empty.body());
     flush(); // in one piece: clients read it with one read

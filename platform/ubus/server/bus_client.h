@@ -40,7 +40,6 @@ class BusClient {
     BusClient &operator=(const BusClient &) = delete;
 
     int fd() const { return fd_; }
-    uint32_t id() const { return id_; }
 
     // Queues a message. False when it is too long; also dropped when too much is unread already.
     bool send(const wire::Header &header, const blob_attr *body);
@@ -57,7 +56,6 @@ class BusClient {
     static constexpr size_t UNREAD_LIMIT = 1048576;
 
     int fd_;
-    uint32_t id_;
     wire::FrameReader in_;
     std::string out_;
 };

@@ -4,8 +4,9 @@
 namespace {
 constexpr int UNKNOWN_ERROR = 9;
 
-std::string json_of(blob_attr *arguments) {
-    std::unique_ptr<char, FreeBytes> text(arguments ? blobmsg_format_json(arguments, true) : nullptr);
+std::string json_of(const blob_attr *arguments) {
+    std::unique_ptr<char, FreeBytes> text(
+        arguments ? blobmsg_format_json(const_cast<blob_attr *>(arguments), true) : nullptr);
     return text ? text.get() : "{}";
 }
 } // namespace
@@ -19,8 +20,7 @@ UbusInvocation UbusInvocation::Call::make(const std::shared_ptr<BusClient> &clie
     invocation.call->header = header;
     invocation.call->object = object;
     invocation.call->method = method;
-    invocation.call->arguments.reset(arguments ? blob_memdup(const_cast<blob_attr *>(arguments)) : nullptr);
-    invocation.call->json = json_of(invocation.call->arguments.get());
+    invocation.call->json = json_of(arguments);
     return invocation;
 }
 
@@ -41,10 +41,6 @@ const std::string &UbusInvocation::method() const {
 
 const std::string &UbusInvocation::json() const {
     return call->json;
-}
-
-blob_attr *UbusInvocation::arguments() const {
-    return call->arguments.get();
 }
 
 bool UbusInvocation::data(const std::string &json) const {

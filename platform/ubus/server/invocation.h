@@ -16,7 +16,6 @@ struct UbusInvocation::Call {
     wire::Header header; // of the answers
     std::string object;
     std::string method;
-    std::unique_ptr<blob_attr, FreeBytes> arguments;
     std::string json;
     bool finished = false;
 

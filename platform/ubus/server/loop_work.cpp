@@ -85,7 +85,7 @@ void LoopWork::run_posted() {
     after_each_();
 }
 
-uint64_t LoopWork::after(int milliseconds, std::function<void()> function) {
+void LoopWork::after(int milliseconds, std::function<void()> function) {
     auto timer = std::make_unique<Timer>();
     timer->cb = on_timeout;
     timer->work = this;
@@ -93,7 +93,6 @@ uint64_t LoopWork::after(int milliseconds, std::function<void()> function) {
     timer->function = std::move(function);
     uloop_timeout_set(timer.get(), milliseconds > 0 ? milliseconds : 0);
     timers_[last_timer_] = std::move(timer);
-    return last_timer_;
 }
 
 void LoopWork::on_timeout(uloop_timeout *timeout) {

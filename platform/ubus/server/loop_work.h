@@ -43,10 +43,8 @@ class LoopWork {
     void stop();                               // any thread
     void post(std::function<void()> function); // any thread
 
-    // On the loop's thread: has the function called once in so many milliseconds; the timer's id. Unknown ids
-    // are ignored.
-    uint64_t after(int milliseconds, std::function<void()> function);
-    void cancel(uint64_t timer) { timers_.erase(timer); }
+    // On the loop's thread: has the function called once in so many milliseconds.
+    void after(int milliseconds, std::function<void()> function);
 
   private:
     struct Timer : uloop_timeout {

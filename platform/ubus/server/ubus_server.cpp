@@ -194,10 +194,6 @@ void UbusServer::post(std::function<void()> function) {
     state->work.post(std::move(function));
 }
 
-uint64_t UbusServer::after(int milliseconds, std::function<void()> function) {
-    return state->work.after(milliseconds, std::move(function));
-}
-
-void UbusServer::cancel(uint64_t timer) {
-    state->work.cancel(timer);
+void UbusServer::after(int milliseconds, std::function<void()> function) {
+    state->work.after(milliseconds, std::move(function));
 }

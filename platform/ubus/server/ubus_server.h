@@ -37,7 +37,6 @@ class UbusInvocation {
     const std::string &object() const; // path
     const std::string &method() const;
     const std::string &json() const; // the arguments, "{}" when there are none
-    blob_attr *arguments() const; // the same, as content of a DATA attribute; lives as long as the invocation
 
     void reply(const std::string &json) const; // data(json), finish(0); 9 when the text is no JSON object
     void status(int code) const { finish(code); }
@@ -83,9 +82,8 @@ class UbusServer {
     // Has the function called soon.
     void post(std::function<void()> function);
 
-    // Has the function called once in so many milliseconds; the timer's id.
-    uint64_t after(int milliseconds, std::function<void()> function);
-    void cancel(uint64_t timer); // unknown ids are ignored
+    // Has the function called once in so many milliseconds.
+    void after(int milliseconds, std::function<void()> function);
 
   private:
     struct State;

@@ -10,6 +10,8 @@
 #include <set>
 #include <thread>
 
+#include <ubusmsg.h>
+
 #include "platform/ubus/server/ubus_server.h"
 #include "sim/router/world.h"
 
@@ -18,7 +20,6 @@ namespace {
 
 constexpr char SIMULATION[] = "sim";
 constexpr int TICK_MILLIS = 1000;
-constexpr int UNKNOWN_ERROR = 9; // ubus status
 
 // Keeps the processor busy, as a daemon does that works its answer out.
 void work(std::chrono::microseconds duration) {
@@ -169,7 +170,7 @@ void Router::Body::handle(const UbusInvocation &invocation) {
         JsonRoot arguments = parse_json(invocation.json());
         if (carried_out) reply = json_text(world.call(*world.find(object, method), arguments.get()).get());
     } catch (const std::exception &) {
-        mishap.fault = Fault{.kind = Fault::Kind::Status, .value = UNKNOWN_ERROR};
+        mishap.fault = Fault{.kind = Fault::Kind::Status, .value = UBUS_STATUS_UNKNOWN_ERROR};
     }
     changed.notify_all();
     if (mishap.delay_millis == 0) return answer(invocation, mishap, reply);

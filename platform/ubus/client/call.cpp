@@ -20,7 +20,7 @@ void on_lookup_data(ubus_request *req, int, blob_attr *message) {
     if (!attributes.at[UBUS_ATTR_OBJPATH] || !attributes.at[UBUS_ATTR_OBJID] ||
         !attributes.at[UBUS_ATTR_OBJTYPE])
         return;
-    ubus_object_data object{attributes.number(wire::ATTR_OBJID), attributes.number(wire::ATTR_OBJTYPE),
+    ubus_object_data object{attributes.number(UBUS_ATTR_OBJID), attributes.number(UBUS_ATTR_OBJTYPE),
                             blob_get_string(attributes.at[UBUS_ATTR_OBJPATH]),
                             const_cast<blob_attr *>(attributes.at[UBUS_ATTR_SIGNATURE])};
     const auto *target = static_cast<const LookupTarget *>(req->priv);

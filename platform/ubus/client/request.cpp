@@ -33,7 +33,7 @@ void deliver_data(ubus_request *req, const wire::Message &message) {
 void deliver_status(ubus_request *req, const wire::Message &message) {
     wire::Attributes attributes(message.body());
     int status = UBUS_STATUS_INVALID_ARGUMENT;
-    if (attributes.at[UBUS_ATTR_STATUS]) status = static_cast<int>(attributes.number(wire::ATTR_STATUS));
+    if (attributes.at[UBUS_ATTR_STATUS]) status = static_cast<int>(attributes.number(UBUS_ATTR_STATUS));
     end_request(req, status, status);
 }
 

@@ -16,11 +16,11 @@ class MessageBuilder {
     MessageBuilder(const MessageBuilder &) = delete;
     MessageBuilder &operator=(const MessageBuilder &) = delete;
 
-    MessageBuilder &number(wire::Attribute attribute, uint32_t value) {
+    MessageBuilder &number(ubus_msg_attr attribute, uint32_t value) {
         blob_put_u32(&buffer_, attribute, value);
         return *this;
     }
-    MessageBuilder &text(wire::Attribute attribute, const std::string &value) {
+    MessageBuilder &text(ubus_msg_attr attribute, const std::string &value) {
         blob_put_string(&buffer_, attribute, value.c_str());
         return *this;
     }

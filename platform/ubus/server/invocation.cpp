@@ -2,8 +2,6 @@
 #include "invocation.h"
 
 namespace {
-constexpr int UNKNOWN_ERROR = 9;
-
 std::string json_of(const blob_attr *arguments) {
     std::unique_ptr<char, FreeBytes> text(
         arguments ? blobmsg_format_json(const_cast<blob_attr *>(arguments), true) : nullptr);
@@ -24,7 +22,7 @@ UbusInvocation UbusInvocation::Call::make(const std::shared_ptr<BusClient> &clie
     return invocation;
 }
 
-bool UbusInvocation::Call::send(wire::Type type, const blob_attr *body) {
+bool UbusInvocation::Call::send(ubus_msg_type type, const blob_attr *body) {
     std::shared_ptr<BusClient> caller = client.lock();
     if (finished || !caller) return true;
     header.type = type;
@@ -45,21 +43,20 @@ const std::string &UbusInvocation::json() const {
 
 bool UbusInvocation::data(const std::string &json) const {
     MessageBuilder message;
-    message.number(wire::ATTR_OBJID, call->header.peer);
-    void *content = blob_nest_start(message.buffer(), wire::ATTR_DATA);
+    message.number(UBUS_ATTR_OBJID, call->header.peer);
+    void *content = blob_nest_start(message.buffer(), UBUS_ATTR_DATA);
     bool built = blobmsg_add_json_from_string(message.buffer(), json.c_str());
     blob_nest_end(message.buffer(), content);
-    return built && call->send(wire::DATA, message.body());
+    return built && call->send(UBUS_MSG_DATA, message.body());
 }
 
 void UbusInvocation::finish(int code) const {
     MessageBuilder message;
-    message.number(wire::ATTR_STATUS, static_cast<uint32_t>(code))
-        .number(wire::ATTR_OBJID, call->header.peer);
-    call->send(wire::STATUS, message.body());
+    message.number(UBUS_ATTR_STATUS, static_cast<uint32_t>(code)).number(UBUS_ATTR_OBJID, call->header.peer);
+    call->send(UBUS_MSG_STATUS, message.body());
     call->finished = true;
 }
 
 void UbusInvocation::reply(const std::string &json) const {
-    finish(data(json) ? 0 : UNKNOWN_ERROR);
+    finish(data(json) ? 0 : UBUS_STATUS_UNKNOWN_ERROR);
 }

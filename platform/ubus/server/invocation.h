@@ -22,5 +22,5 @@ struct UbusInvocation::Call {
     static UbusInvocation make(const std::shared_ptr<BusClient> &client, wire::Header header,
                                const std::string &object, const std::string &method,
                                const blob_attr *arguments);
-    bool send(wire::Type type, const blob_attr *body);
+    bool send(ubus_msg_type type, const blob_attr *body);
 };

@@ -9,26 +9,15 @@
 
 extern "C" {
 #include <libubox/blob.h>
+#include <ubusmsg.h>
 }
 
 namespace wire {
 
-enum Type : uint8_t { HELLO, STATUS, DATA, PING, LOOKUP, INVOKE };
-
-enum Attribute {
-    ATTR_STATUS = 1,
-    ATTR_OBJPATH,
-    ATTR_OBJID,
-    ATTR_METHOD,
-    ATTR_OBJTYPE,
-    ATTR_SIGNATURE,
-    ATTR_DATA
-};
-inline constexpr size_t ATTR_COUNT = 14;
+inline constexpr size_t ATTR_COUNT = UBUS_ATTR_GROUP + 1;
 
 inline constexpr size_t HEADER_BYTES = 8;
 inline constexpr size_t SMALLEST_MESSAGE = HEADER_BYTES + sizeof(blob_attr);
-inline constexpr size_t MAX_BODY = 1048576; // of the padded top-level attribute
 
 struct Header {
     uint8_t version;
@@ -52,7 +41,7 @@ inline void write_header(char *bytes, Header header) {
 }
 
 inline bool body_length_allowed(const blob_attr *body) {
-    return blob_raw_len(body) >= sizeof(blob_attr) && blob_pad_len(body) <= MAX_BODY;
+    return blob_raw_len(body) >= sizeof(blob_attr) && blob_pad_len(body) <= UBUS_MAX_MSGLEN;
 }
 
 // The attributes of a message, null where they are absent or not what their number demands. Of repeated ones
@@ -67,7 +56,8 @@ struct Attributes {
             if (blob_id(attr) < ATTR_COUNT && valid(attr)) at[blob_id(attr)] = attr;
         }
     }
-    uint32_t number(Attribute attribute) const { return blob_get_u32(at[attribute]); } // of one that is there
+    // Of one that is there.
+    uint32_t number(ubus_msg_attr attribute) const { return blob_get_u32(at[attribute]); }
 
   private:
     static bool valid(const blob_attr *attr) {

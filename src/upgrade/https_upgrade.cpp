@@ -11,6 +11,7 @@
 #include "core/thread.h"
 #include "https/requests.h"
 #include "upgrade/firmware.h"
+#include "upgrade/retries.h"
 #include "upgrade/upgrade_turn.h"
 
 std::atomic<int64_t> g_request_interval;
@@ -30,12 +31,10 @@ enum Progress {
 
 using Reason = Text<256>;
 
-// A line of both logs.
-#define LOG_BOTH(format, ...)                                                                                \
-    do {                                                                                                     \
-        LOG(format, __VA_ARGS__);                                                                            \
-        LOG_UPGRADE(format, __VA_ARGS__);                                                                    \
-    } while (0)
+void say_in_both_logs(const char *line, LogSite site) {
+    LOG_AT(site, "%s", line);
+    LOG_UPGRADE("%s", line);
+}
 
 const upgrade_request_context::response_fields &offer() {
     return upgrade_request.response;
@@ -43,22 +42,6 @@ const upgrade_request_context::response_fields &offer() {
 
 int download() {
     return offer().url[0] == '\0' ? NOT_STARTED : curl_download_file(offer().url);
-}
-
-int download_with_retries() {
-    int result = download();
-    if (result == 0) return 0;
-    LOG_BOTH("#http upgrade# curl_download_file ret[%d], start retry\n", result);
-    int count = 0;
-    for (unsigned pause : RETRY_PAUSES) {
-        pause_seconds(pause);
-        result = download();
-        if (result == 0) return 0;
-        count++;
-        LOG_BOTH("#http upgrade# curl_download_file ret[%d], retry count[%d]\n", result, count);
-    }
-    LOG_BOTH("#http upgrade# curl_download_file ret[%d], exit retry\n", result);
-    return result;
 }
 
 void give_up(Progress progress, const Reason &reason) {
@@ -116,7 +99,7 @@ void http_upgrading() {
     }
     delete_upgrade_log();
     unlink(IMAGE_FILE);
-    int result = download_with_retries();
+    int result = with_retries({"curl_download_file", RETRY_PAUSES, say_in_both_logs}, download);
     if (result != 0) {
         give_up(PROGRESS_NOT_DOWNLOADED, format_text<256>("download fail, ret:%d", result));
         return;

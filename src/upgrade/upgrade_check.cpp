@@ -10,6 +10,7 @@
 #include "core/text.h"
 #include "https/requests.h"
 #include "upgrade/https_upgrade.h"
+#include "upgrade/retries.h"
 
 namespace {
 
@@ -42,25 +43,8 @@ JsonRoot check_body(long timestamp, LogSite site = LogSite::here()) {
     return body;
 }
 
-int post_check(const std::string &body, ReplyBuffer *reply, long timestamp) {
-    return curl_post(body.c_str(), body.size(), reply, upgrade_request.check_url, timestamp);
-}
-
-// The last libcurl code.
-int post_check_with_retries(const std::string &body, ReplyBuffer *reply, long timestamp,
-                            LogSite site = LogSite::here()) {
-    int result = post_check(body, reply, timestamp);
-    if (result == 0) return 0;
-    LOG_AT(site, "#http upgrade# curl_post ret[%d], start retry\n", result);
-    int count = 0;
-    for (unsigned pause : RETRY_PAUSES) {
-        pause_seconds(pause);
-        result = post_check(body, reply, timestamp);
-        if (result == 0) return 0;
-        LOG_AT(site, "#http upgrade# curl_post ret[%d], retry count[%d]\n", result, ++count);
-    }
-    LOG_AT(site, "#http upgrade# curl_post ret[%d], exit retry\n", result);
-    return result;
+void say(const char *line, LogSite site) {
+    LOG_AT(site, "%s", line);
 }
 
 int64_t take_number(json_object *data, const char *key, LogSite site) {
@@ -98,7 +82,10 @@ int query_upgrade() {
     if (!body) return -1;
     char text[CHECK_REPLY] = {};
     ReplyBuffer reply = {text, sizeof text};
-    int result = post_check_with_retries(JsonPlainText(body.get()), &reply, timestamp);
+    const std::string sent = JsonPlainText(body.get());
+    int result = with_retries({"curl_post", RETRY_PAUSES, say}, [&] {
+        return curl_post(sent.c_str(), sent.size(), &reply, upgrade_request.check_url, timestamp);
+    });
     if (result != 0) return result;
 
     LOG("#http upgrade# response:%s\n", text);

@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // JSON texts of unknown origin.
 #pragma once
-#include "core/handles.h"
+#include "core/json_parse.h"
 #include <string>
 
 namespace cloudsim {
 
 // The document, or none when `text` is anything but one valid UTF-8 JSON value.
 inline JsonRoot parse_json(const std::string &text) {
-    struct Free {
-        void operator()(json_tokener *parser) const { json_tokener_free(parser); }
-    };
-    std::unique_ptr<json_tokener, Free> parser(json_tokener_new());
-    json_tokener_set_flags(parser.get(), JSON_TOKENER_STRICT | JSON_TOKENER_VALIDATE_UTF8);
-    // The terminating NUL goes in too: a number ends only there.
-    JsonRoot root(json_tokener_parse_ex(parser.get(), text.c_str(), static_cast<int>(text.size()) + 1));
-    if (json_tokener_get_error(parser.get()) != json_tokener_success) root.reset();
-    return root;
+    return parse_document(text, JSON_TOKENER_STRICT | JSON_TOKENER_VALIDATE_UTF8);
 }
 
 inline std::string to_text(const JsonRoot &root) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fnmatch.h>
 
+#include "core/json_parse.h"
 #include "sim/router/json.h"
 
 namespace router {
@@ -48,10 +49,9 @@ int number_of(const std::string &text) {
 
 // A reply is JSON and may hold blanks: it ends where its object ends.
 std::string take_object(std::string &text) {
-    json_tokener *tokener = json_tokener_new();
-    JsonRoot root(json_tokener_parse_ex(tokener, text.c_str(), static_cast<int>(text.size())));
-    std::size_t end = json_tokener_get_parse_end(tokener);
-    json_tokener_free(tokener);
+    const JsonTokener tokener(json_tokener_new());
+    JsonRoot root(json_tokener_parse_ex(tokener.get(), text.c_str(), static_cast<int>(text.size())));
+    const std::size_t end = json_tokener_get_parse_end(tokener.get());
     if (!json_object_is_type(root.get(), json_type_object))
         throw std::runtime_error("not a JSON object: " + text);
     text.erase(0, end);

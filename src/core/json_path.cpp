@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/handles.h"
+#include "core/json_parse.h"
 #include "core/text.h"
 
 namespace {
@@ -153,19 +154,6 @@ int _json_get_int(json_object *object, const char *key) {
     return json_object_get_int(member_of(object, key));
 }
 
-namespace {
-
-struct TokenerFree {
-    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
-};
-
-} // namespace
-
 JsonRoot JsonParseUtf8(const char *text) {
-    if (text == nullptr) return nullptr;
-    const std::unique_ptr<json_tokener, TokenerFree> tokener(json_tokener_new());
-    if (!tokener) return nullptr;
-    json_tokener_set_flags(tokener.get(), JSON_TOKENER_VALIDATE_UTF8);
-    JsonRoot parsed(json_tokener_parse_ex(tokener.get(), text, -1));
-    return json_tokener_get_error(tokener.get()) == json_tokener_success ? std::move(parsed) : nullptr;
+    return text == nullptr ? nullptr : parse_document(text, JSON_TOKENER_VALIDATE_UTF8);
 }

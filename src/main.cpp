@@ -98,6 +98,7 @@ int run() {
         return 0;
     }
     creat_event_client();
+    // a negative result alone counts, and never comes: the agent goes on without the poll
     if (start_detached(timeControl_proc, nullptr) < 0) {
         say_thread_error();
         return relay.socket_result;

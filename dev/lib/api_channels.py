@@ -19,7 +19,7 @@ def _asked():
 
 
 def _told():
-    """(name, topic, schemas, retained) of all that a device says by itself."""
+    """(name, topic, schemas) of all that a device says by itself."""
     yield "post", "property/post", [f"properties/{name}" for name in ("deviceInfo", "deviceStatus", "ledStatus", "wifiInfo", "hcdn")]
     for name in contract.names("events"):
         yield f"event-{name}", f"event/{name}", [f"events/{name}"]

@@ -2,11 +2,10 @@
 // A simulated home router on the bus: the broker and the configuration daemon with all its objects, in one
 // object that a test starts in its own process and that the program routersim runs as a process.
 //
-//     router::Router router;                             // the home of home.json
-//     router.start();                                    // serves /apvar/run/ubus/ubus.sock on a thread of
-//     its own router.set_state("/vrop.ftinfo/sn", "\"\"");       // JSON pointers (RFC 6901) into the state,
-//     values as JSON router.add_fault({.kind = router::Fault::Kind::Result, .object = "vrop.wifi*", .method =
-//     "set", .value = 2});
+//     router::Router router;                              // the home of home.json
+//     router.start();                                     // serves DEFAULT_SOCKET on a thread of its own
+//     router.set_state("/vrop.ftinfo/sn", "\"\"");         // a JSON pointer (RFC 6901), the value as JSON
+//     router.add_fault({.kind = router::Fault::Kind::Result, .object = "vrop.wifi*", .value = 2});
 //     ...
 //     EXPECT_EQ(router.value("/vrop.ledswitch/status"), "\"off\"");
 //     EXPECT_EQ(router.calls("vrop.ledswitch", "set").at(0).arguments, R"({"status":"off"})");
@@ -100,9 +99,8 @@ class Router {
     void restart(bool drop_clients = false);
 
     // Changes of the world. A station comes to, or moves to, radio "2.4G", "5G", "mesh" or "0" (cable), and
-    // goes with
-    // "". A MAC that the router does not know yet is given a name and an address. One that is kept out by
-    // filter or disconnection cannot come. With a count, so many MACs in a row.
+    // goes with "". A MAC that the router does not know yet is given a name and an address. One that is kept
+    // out by filter or disconnection cannot come. With a count, so many MACs in a row.
     void wan(bool up);
     void cable(bool in);
     void station(const std::string &mac, const std::string &radio, int count = 1);

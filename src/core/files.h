@@ -12,7 +12,7 @@
 // be read.
 bool read_file(const char *path, size_t limit, std::string *content);
 
-// The two for folders that others may write to, where a name says nothing about who made the file.
+// The next ones are for folders that others may write to, where a name says nothing about who made the file.
 //
 // Makes a new file of mode 0600, open for writing. Whatever has the name (a file, a link, a FIFO) is removed
 // unopened and never written to, so whoever has the old file open keeps it whole. None, with errno, when the

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every program of this project answers when it is asked about itself.
+// What the agent and its helper programs answer when they are asked about themselves.
 #pragma once
 
 // With --version as the only argument, prints "NAME VERSION" on standard output; with --help, "usage: USAGE".

@@ -7,8 +7,8 @@
 // 1 while one works. Any thread may read it; it is written by what follows.
 extern std::atomic<int> set_flag;
 
-// Of the services, one of which may end without having lowered it: the flag then stays up until the next one
-// that lowers it. Who holds the flag keeps it up beyond that. Any thread.
+// Raise and lower the flag for a service. One that ends without lowering it leaves it up until another
+// service lowers it; a ReportsHeld keeps it up beyond that. Any thread.
 void raise_set_flag();
 void lower_set_flag();
 

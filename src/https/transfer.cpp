@@ -50,13 +50,12 @@ Transfer::Transfer() : handle(curl_easy_init()) {
     if (handle) only("http,https");
 }
 
-// Nothing else, so that no address names a file of the device.
+// Allows these schemes alone, so that no address names a file of the device.
 void Transfer::only(const char *schemes) {
     require(curl_easy_setopt(get(), CURLOPT_PROTOCOLS_STR, schemes));
-    require(curl_easy_setopt(get(), CURLOPT_REDIR_PROTOCOLS_STR, schemes));
 }
 
-// What the transfer must not go without.
+// Takes the result of an option that the transfer must not go without.
 void Transfer::require(CURLcode set) {
     if (set != CURLE_OK) complete = false;
 }

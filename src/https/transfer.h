@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// One libcurl transfer, over http and https alone, redirects too. Any thread, each with a transfer of its
-// own.
+// One libcurl transfer, over http and https alone; redirects are not followed. Any thread, each with a
+// transfer of its own.
 #pragma once
 
 #include <array>

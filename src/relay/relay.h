@@ -22,8 +22,8 @@ void set_relay_actions(const RelayActions &actions);
 // Opens the server socket, which eventudp_server closes. 0, or -1 after a console message.
 int creat_event_server();
 
-// Thread body: receives and handles datagrams one at a time until *run_flag, a std::atomic<int>, is 0 when a
-// datagram has been handled. A receive error ends the process with status 1.
+// Thread body: receives and handles datagrams one at a time. It looks at *run_flag, a std::atomic<int>, after
+// each and ends when that is 0. A receive error ends the process with status 1.
 void *eventudp_server(void *run_flag);
 
 // Handles one datagram of `length` bytes, which need no terminator. 0 when handled or ignored; -1 not JSON,

@@ -7,8 +7,8 @@
 
 inline constexpr long REPEAT_SECONDS = 600; // how long accepted_lately remembers
 
-// From the first file that an upgrade removes to the end of its hand-over. Making one waits for the upgrade
-// under way.
+// An upgrade holds one from the first file that it removes to the end of its hand-over. Making one waits for
+// the upgrade under way.
 class UpgradeTurn {
   public:
     UpgradeTurn();

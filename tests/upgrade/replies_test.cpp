@@ -143,12 +143,12 @@ TEST(Requests, SetTheirOptionsInOrder) {
     EXPECT_EQ(curl_post(nullptr, 0, &reply, CHECK_URL, 1714550400), 2);
     EXPECT_EQ(
         options_of([&] { curl_post("{\"a\":1}", 7, &reply, CHECK_URL, 1714550400); }),
-        std::string("PROTOCOLS_STR=set REDIR_PROTOCOLS_STR=set TIMEOUT=15 URL=") + CHECK_URL +
+        std::string("PROTOCOLS_STR=set TIMEOUT=15 URL=") + CHECK_URL +
             " HTTPHEADER=Content-Type: application/json|sign: b0e56a688b5019f5af5e38fd07e66b7e7b4f781f| "
             "POST=1 POSTFIELDSIZE=7 POSTFIELDS={\"a\":1} WRITEFUNCTION=set WRITEDATA=set "
             "SSL_VERIFYPEER=0 SSL_VERIFYHOST=0 NOSIGNAL=1");
     const std::string image = rig.cloud.url("/firmware/router.img");
-    const std::string start = "PROTOCOLS_STR=set REDIR_PROTOCOLS_STR=set URL=" + image;
+    const std::string start = "PROTOCOLS_STR=set URL=" + image;
     const std::string rest = " WRITEFUNCTION=set WRITEDATA=set TIMEOUT=600 CONNECTTIMEOUT=60 NOSIGNAL=1 "
                              "HTTP_CONTENT_DECODING=0";
     EXPECT_EQ(options_of([&] { curl_download_file(image.c_str()); }),

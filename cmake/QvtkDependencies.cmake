@@ -3,8 +3,8 @@
 # the target ubus::ubus.
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(JSONC REQUIRED IMPORTED_TARGET json-c)
-find_package(CURL REQUIRED)
+pkg_check_modules(JSONC REQUIRED IMPORTED_TARGET json-c>=0.14) # checks UTF-8 while it parses
+find_package(CURL 7.85 REQUIRED) # takes protocols by name
 
 find_path(UBUS_INCLUDE_DIR libubus.h)
 find_library(UBUS_LIBRARY ubus)

@@ -2,10 +2,8 @@
 // The set slot of client devices against a simulated router. For one test case in its own sandbox.
 #pragma once
 
-#include <chrono>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -13,6 +11,7 @@
 #include "devices/device_settings.h"
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
+#include "support/wait_until.h"
 
 inline constexpr char PC[] = "02a0c9000001";
 inline constexpr char TABLET[] = "02a0c9000005"; // the home's only one under parental control
@@ -28,12 +27,10 @@ class SettingsRig : public RouterRig {
     }
     // Waits until the last write begins so; false when ten seconds pass first.
     bool wait_for_write(const std::string &start) const {
-        for (int tries = 0; tries < 10000; tries++) {
+        return wait_until([&] {
             const std::vector<std::string> lines = calls();
-            if (!lines.empty() && lines.back().starts_with("vrop." + start)) return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return false;
+            return !lines.empty() && lines.back().starts_with("vrop." + start);
+        });
     }
     // The calls that change something since the last take, as "object method arguments" without "vrop.".
     std::vector<std::string> take_writes() {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/service_rig.h"
 
-#include <filesystem>
 #include <fstream>
 #include <numeric>
 
@@ -52,13 +51,6 @@ int ServiceRig::restore(const std::string &document) {
     moving_clock::clear_pauses();
     clear_main_log();
     return tunningBackupCfg_set();
-}
-
-void script(const std::string &program, const std::string &lines) {
-    const std::string path = "/usr/bin/" + program;
-    std::filesystem::remove(path);
-    std::ofstream(path) << "#!/bin/sh\n" << lines << "\n";
-    std::filesystem::permissions(path, std::filesystem::perms::all);
 }
 
 void check(const std::vector<ServiceRow> &rows) {

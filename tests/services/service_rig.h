@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/helper_stub.h"
 #include "support/moving_clock.h"
 #include "support/recording_sdk.h"
 #include "support/router_rig.h"
@@ -30,9 +31,6 @@ struct ServiceRig : RouterRig {
     // Forgets what came so far and restores a document. The restore's result.
     int restore(const std::string &document);
 };
-
-// Puts a shell script into /usr/bin.
-void script(const std::string &program, const std::string &lines);
 
 // One call and what is to come of it; texts that are null are not looked at. A row of one text names the
 // service of those below.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Stands in /usr/bin for the helper programs: notes how it was called and exits as told.
+// Stand-ins in /usr/bin for the programs that the agent runs.
 #pragma once
 
 #include <filesystem>
@@ -8,13 +8,19 @@
 
 #include "support/text_file.h"
 
+// Puts a shell script into /usr/bin.
+inline void script(const std::string &program, const std::string &lines) {
+    const std::string path = "/usr/bin/" + program;
+    std::filesystem::remove(path);
+    std::ofstream(path) << "#!/bin/sh\n" << lines << "\n";
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+}
+
+// A helper program that notes how it was called and exits as told.
 struct HelperStub {
     explicit HelperStub(const std::string &program) {
-        const std::string path = "/usr/bin/" + program;
-        std::filesystem::remove(path);
-        std::ofstream(path) << "#!/bin/sh\necho \"$*\" >>/tmp/runs\nread first rest </tmp/statuses\n"
-                               "[ -z \"$rest\" ] || echo $rest >/tmp/statuses\nexit $first\n";
-        std::filesystem::permissions(path, std::filesystem::perms::all);
+        script(program, "echo \"$*\" >>/tmp/runs\nread first rest </tmp/statuses\n"
+                        "[ -z \"$rest\" ] || echo $rest >/tmp/statuses\nexit $first");
         answer("0");
     }
     // Exit statuses of the runs to come; the last one stays.

@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <thread>
 #include <unistd.h>
 
 #include "core/log.h"
 #include "support/text_file.h"
+#include "support/wait_until.h"
 
 void set_default_logs() {
     set_log_filepath(MAIN_LOG);
@@ -43,12 +43,7 @@ bool has_logged(const std::string &message) {
 }
 
 bool wait_for_log(const std::string &message, std::chrono::milliseconds limit) {
-    auto end = std::chrono::steady_clock::now() + limit;
-    while (!has_logged(message)) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return wait_until([&] { return has_logged(message); }, limit);
 }
 
 void clear_main_log() {

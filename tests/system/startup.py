@@ -99,4 +99,4 @@ class Startup(RigTest):
         self.assertIsNone(daemon.poll())
         began = time.monotonic()
         self.assertEqual(self.rig.stop("qvtkd"), -signal.SIGTERM)
-        self.assertLess(time.monotonic() - began, 1)
+        self.assertLess(time.monotonic() - began, 3)

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <functional>
 
+#include <gmock/gmock.h>
+
+#include "core/log.h"
 #include "core/registration.h"
 #include "https/requests.h"
 #include "support/cloud_rig.h"
@@ -91,6 +94,20 @@ TEST(Check, NamesTheDeviceAsDoesTheReport) {
               R"({"productKey":"Tq83mZc1wk","sn":"SIM2408000017","timestamp":1714550400,"strategy":"force",)"
               R"("progress":-3,"oldVersion":"V1.0.3","newVersion":"V2.0.0","reason":"why"})");
     EXPECT_TRUE(requests[0].verified && requests[1].verified);
+}
+
+TEST(Check, AReportThatFailsIsToldInBothLogs) {
+    CheckRig rig;
+    for (const bool answers : {true, false}) {
+        clear_main_log();
+        delete_upgrade_log();
+        rig.cloud.fault({.endpoint = "upgrade-progress", .body = "<html>", .drop = !answers});
+        report_upgrade_progress(50, "");
+        EXPECT_EQ(has_logged("#http upgrade# string parse to json error"), answers);
+        EXPECT_EQ(has_logged("#http upgrade# curl_post error:ret = 0"), answers);
+        for (const std::string &log : {main_log(), upgrade_log()})
+            EXPECT_THAT(log, testing::HasSubstr("#http upgrade# curl_post error:ret = "));
+    }
 }
 
 TEST(Check, IsRetriedAfterFiveTenAndFifteenSeconds) {

@@ -2,7 +2,6 @@
 // Both ways of upgrading at once, in every pairing: what the router is handed is the image that was checked.
 #include <array>
 #include <atomic>
-#include <filesystem>
 #include <latch>
 #include <thread>
 
@@ -14,6 +13,7 @@
 #include "https/transfer.h"
 #include "sim/cloud/signature.h"
 #include "sim/router/faults.h"
+#include "sim/router/images.h"
 #include "support/cloud_rig.h"
 #include "support/text_file.h"
 #include "upgrade/firmware.h"
@@ -68,8 +68,7 @@ using Way = void (*)(const Offer &);
 struct Turns : CloudRig, testing::Test {
     Turns() {
         init_transfers();
-        for (const std::string image : {"qvtk_upgrade.bin", "firmware.img"})
-            std::filesystem::create_symlink("/aptmp/" + image, "/tmp/" + image); // as on the device
+        EXPECT_TRUE(router::share_images());
         router.set_state("/sim/restartdelay", "3600000");
         load_upgrade_request();
     }

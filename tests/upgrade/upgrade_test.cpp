@@ -14,6 +14,7 @@
 #include "core/log.h"
 #include "https/requests.h"
 #include "sim/router/faults.h"
+#include "sim/router/images.h"
 #include "support/cloud_rig.h"
 #include "support/curl_spy.h"
 #include "support/event_catcher.h"
@@ -66,9 +67,8 @@ std::string left(const char *image) {
 
 struct Rig : CloudRig {
     Rig() {
-        for (const std::string image : IMAGES)
-            fs::create_symlink("/aptmp/" + image, "/tmp/" + image); // as on the device
-        router.set_state("/sim/restartdelay", "3600000");           // milliseconds: after the test
+        EXPECT_TRUE(router::share_images());
+        router.set_state("/sim/restartdelay", "3600000"); // milliseconds: after the test
         firmware.name = "router.img";
         firmware.image = std::string(IMAGE_SIZE, 'i');
         firmware.strategy = "force";

@@ -6,7 +6,7 @@
 namespace {
 // Answers go with the number and the peer of their request.
 void answer(BusClient *client, const wire::Header &request, ubus_msg_type type, const blob_attr *body) {
-    client->send({0, type, request.seq, request.peer}, body);
+    client->send({UBUS_MSG_VERSION, static_cast<uint8_t>(type), request.seq, request.peer}, body);
 }
 
 void answer_status(BusClient *client, const wire::Header &request, ubus_msg_status status) {

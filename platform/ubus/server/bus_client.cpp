@@ -5,7 +5,7 @@
 
 BusClient::BusClient(int fd, uint32_t id) : fd_(fd) {
     MessageBuilder empty;
-    send({0, UBUS_MSG_HELLO, 0, id}, empty.body());
+    send({UBUS_MSG_VERSION, UBUS_MSG_HELLO, 0, id}, empty.body());
     flush(); // in one piece: clients read it with one read
 }
 

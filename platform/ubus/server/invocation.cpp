@@ -25,7 +25,7 @@ UbusInvocation UbusInvocation::Call::make(const std::shared_ptr<BusClient> &clie
 bool UbusInvocation::Call::send(ubus_msg_type type, const blob_attr *body) {
     std::shared_ptr<BusClient> caller = client.lock();
     if (finished || !caller) return true;
-    header.type = type;
+    header.type = static_cast<uint8_t>(type);
     return caller->send(header, body);
 }
 

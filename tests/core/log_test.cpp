@@ -73,11 +73,11 @@ TEST(Log, GoesToTheDefaultWithoutAPathAndKeeps127CharactersOfOne) {
 
 TEST(Log, SaysOnTheConsoleWhatItCannotOpenOrWrite) {
     for (const auto &[path, failed] : {std::pair{"/tmp", "open"}, {"/dev/full", "write"}}) {
-        const std::string to = path;
+        std::string said = "log_filepath:";
+        said.append(path).append("\nqvtk_log_to_file_upgrade [0-9]+ ").append(failed);
+        said.append(" file:").append(path).append(" fail\n");
         set_upgrade_log_filepath(path);
-        EXPECT_THAT(console_of([] { qvtk_log_to_file_upgrade("lost"); }),
-                    MatchesRegex("log_filepath:" + to + "\nqvtk_log_to_file_upgrade [0-9]+ " + failed +
-                                 " file:" + to + " fail\n"));
+        EXPECT_THAT(console_of([] { qvtk_log_to_file_upgrade("lost"); }), MatchesRegex(said));
     }
 }
 

@@ -7,8 +7,7 @@
 inline constexpr char STORAGE_FILE[] = "/apetc/rvxa/ecm.conf";
 
 // Creates the file with its defaults when it is missing; one that is there is left as it is. 0 when it is
-// there, -1 when it could not be created. Start-up alone
-// calls it.
+// there, -1 when it could not be created. Called by start-up alone.
 int ecm_init();
 
 // Reads the file's text; "" when there is none. False when it cannot be read whole, as when it is longer than

@@ -39,6 +39,5 @@ void load_upgrade_request();
 
 // Signed JSON POST under the request context; `timestamp`, seconds since the epoch, is the one in the body.
 // The reply buffer, which the caller has zeroed, keeps the last piece of the reply at its start. Returns the
-// libcurl code; 2 when no request was made. The upgrade thread alone
-// calls it.
+// libcurl code; 2 when no request was made. Called by the upgrade thread alone.
 int curl_post(const char *body, size_t length, ReplyBuffer *reply, const char *address, long timestamp);

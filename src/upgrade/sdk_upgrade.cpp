@@ -27,8 +27,7 @@ enum Progress {
     PROGRESS_WRONG_DIGEST = -4,
 };
 
-// Datagrams have a fixed size; the text ends at the first zero byte.
-using Datagram = Text<128>;
+constexpr size_t DATAGRAM = 128; // bytes
 
 int download(const char *url) {
     if (!url || url[0] == '\0') return NOT_STARTED;
@@ -104,23 +103,17 @@ int qvtkUpgrade_handle(const char *url, const char *md5, const char *mac, const 
 }
 
 void upgrade_progress(int value) {
-    Datagram datagram = {};
-    snprintf(datagram.text, sizeof datagram.text, "{\"action\": \"upgradeProgress\", \"progress\": %d}%s",
-             value, "");
+    const auto datagram = send_event<DATAGRAM>("{\"action\": \"upgradeProgress\", \"progress\": %d}", value);
     LOG_UPGRADE("buf:%s", datagram.text);
-    udp_send_data(datagram.text, sizeof datagram.text);
 }
 
 void upgrade_result(const char *mac, const char *message, int result) {
     if (!mac || mac[0] == '\0') LOG("param is NULL");
     const char *name = mac ? mac : "";
-    Datagram datagram = {};
     if (message)
-        snprintf(datagram.text, sizeof datagram.text,
-                 "{\"action\": \"deviceUpgrade\", \"mac\":\"%s\", \"result\": %d, \"msg\": \"%s\"}%s", name,
-                 result, message, "");
+        send_event<DATAGRAM>(
+            "{\"action\": \"deviceUpgrade\", \"mac\":\"%s\", \"result\": %d, \"msg\": \"%s\"}", name, result,
+            message);
     else
-        snprintf(datagram.text, sizeof datagram.text,
-                 "{\"action\": \"deviceUpgrade\", \"mac\":\"%s\", \"result\": %d}%s", name, result, "");
-    udp_send_data(datagram.text, sizeof datagram.text);
+        send_event<DATAGRAM>("{\"action\": \"deviceUpgrade\", \"mac\":\"%s\", \"result\": %d}", name, result);
 }

@@ -46,6 +46,8 @@ class Wire {
         size_t rest = blob_len(reinterpret_cast<blob_attr *>(&head[8]));
         return rest > 0 ? head + receive(rest) : head; // recv() of nothing would wait for something
     }
+    // Says that no more is sent.
+    void finish() const { shutdown(stream_.get(), SHUT_WR); }
     // Takes what comes until the other end closes.
     void drain() const {
         char chunk[4096];

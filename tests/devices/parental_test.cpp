@@ -8,6 +8,7 @@
 #include "core/report_gate.h"
 #include "devices/parental_writes.h"
 #include "devices/work_lane.h"
+#include "tests/devices/lists.h"
 
 namespace {
 
@@ -83,9 +84,7 @@ TEST_F(Parental, SwitchesOfARequestCloseItsRules) {
 }
 
 TEST_F(Parental, OddTimesAreRefusedAndOddTextsArriveAsTheyAre) {
-    std::string hundred = "1";
-    for (int i = 1; i < 100; i++)
-        hundred += ",1";
+    const std::string hundred = listed(100, [](size_t) { return "1"; });
     struct Row {
         std::string rule, sent; // nothing is sent of a rule that is refused
     };
@@ -199,9 +198,8 @@ TEST_F(Parental, ARemovalThatWaitsDoesNotUndoWhatComesAfter) {
 }
 
 TEST_F(Parental, RulesOfAListAreBounded) {
-    std::string rules;
-    for (int i = 0; i < 10000; i++)
-        rules += (i ? R"(,{"url":"u)" : R"({"url":"u)") + std::to_string(i) + R"("})";
+    const std::string rules =
+        listed(10000, [](size_t i) { return R"({"url":"u)" + std::to_string(i) + R"("})"; });
     rig.set(about(TABLET,
                   R"("operationType":3,"parentalWebControl":{"controlPolicy":0,"urls":[)" + rules + "]}"));
     EXPECT_THAT(pushed(POLICY_BLACK), SizeIs(MOST_RULES + 2));
@@ -259,11 +257,12 @@ TEST_F(Parental, GoesOnWhenTheBusIsLost) {
 }
 
 TEST_F(Parental, RequestsWaitForSomeDevicesAndWriteAll) {
-    std::string elements;
-    for (int i = 0; i < MOST_PARENTAL_WAITS + 8; i++)
-        elements += about(TABLET, R"("operationType":3,"timeControlEnable":)" + std::to_string(i % 2)) + ",";
-    elements.pop_back();
-    EXPECT_EQ(rig.set(elements), 0);
+    EXPECT_EQ(rig.set(listed(MOST_PARENTAL_WAITS + 8,
+                             [](size_t i) {
+                                 return about(TABLET, R"("operationType":3,"timeControlEnable":)" +
+                                                          std::to_string(i % 2));
+                             })),
+              0);
     EXPECT_THAT(moving_clock::pauses(), testing::AllOf(SizeIs(MOST_PARENTAL_WAITS), Each(10000)));
     EXPECT_THAT(rig.take_writes(), SizeIs(testing::Ge(static_cast<size_t>(MOST_PARENTAL_WAITS + 7))));
     EXPECT_TRUE(has_logged("mac:02a0c9000005 32 devices have been waited for, no wait"));

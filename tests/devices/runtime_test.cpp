@@ -18,6 +18,7 @@
 #include "support/moving_clock.h"
 #include "support/router_rig.h"
 #include "support/text_file.h"
+#include "tests/devices/lists.h"
 
 namespace {
 
@@ -28,8 +29,8 @@ constexpr char TODAY[] = "/aptmp/client_runTime.log";
 constexpr char LAST_DAY[] = "/aptmp/runTime_oneDay.log";
 
 // One client in the router's list.
-std::string tv(unsigned number, int uptime, const std::string &name = "tv") {
-    return format_text<256>(R"({"mac":"02a0c9%06x","devname":"%s","uptime":%d})", number, name.c_str(),
+std::string tv(size_t number, int uptime, const std::string &name = "tv") {
+    return format_text<256>(R"({"mac":"02a0c9%06zx","devname":"%s","uptime":%d})", number, name.c_str(),
                             uptime)
         .text;
 }
@@ -118,9 +119,7 @@ TEST_F(Runtime, DeparturesCloseTheirEntryLastFirst) {
 TEST_F(Runtime, ListsOfAnySize) {
     for (unsigned count : {0, 1, 20, 128, 500}) {
         clear_backupSta();
-        std::string stations;
-        for (unsigned i = 0; i < count; i++)
-            stations += (i ? "," : "") + tv(i, 100);
+        const std::string stations = listed(count, [](size_t i) { return tv(i, 100); });
         poll(stations);
         JsonRoot file(json_tokener_parse(text_of(TODAY).c_str()));
         ASSERT_TRUE(file);
@@ -131,10 +130,7 @@ TEST_F(Runtime, ListsOfAnySize) {
         EXPECT_THAT(relay.take(), IsEmpty());
     }
     clear_backupSta();
-    std::string long_names = tv(0, 100);
-    for (unsigned i = 1; i < 128; i++)
-        long_names += "," + tv(i, 100, std::string(127, 'n'));
-    poll(long_names);
+    poll(listed(128, [](size_t i) { return tv(i, 100, std::string(127, 'n')); }));
     JsonRoot file(json_tokener_parse(text_of(TODAY).c_str())); // without those that have no room
     EXPECT_EQ(json_object_get_type(file.get()), json_type_array);
     EXPECT_GT(text_of(TODAY).size(), 16000U);

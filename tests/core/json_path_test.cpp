@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
-#include <tuple>
 
 #include "core/handles.h"
 
@@ -105,19 +104,11 @@ TEST(JsonPath, CreatePathCutsAt239Characters) {
 }
 
 TEST(JsonPath, ReplyReaders) {
-    JsonRoot reply = parse(R"({"text":"12","huge":5000000000,"null":null,"o":{"k":"v"}})");
-    const std::tuple<const char *, const char *, int> rows[] = {{"text", "12", 12},
-                                                                {"huge", "5000000000", INT32_MAX},
-                                                                {"null", "", 0},
-                                                                {"missing", "", 0},
-                                                                {"o", R"({ "k": "v" })", 0}};
-    for (auto [key, text, number] : rows) {
-        EXPECT_STREQ(_json_get_str(reply.get(), key), text);
-        EXPECT_EQ(_json_get_int(reply.get(), key), number);
-    }
+    const JsonRoot reply = parse(R"({"huge":5000000000,"o":{"k":"v"}})"), text = parse("\"42\"");
+    EXPECT_STREQ(_json_get_str(reply.get(), "huge"), "5000000000");
+    EXPECT_STREQ(_json_get_str(reply.get(), "o"), R"({ "k": "v" })");
     EXPECT_STREQ(_json_get_str(nullptr, "key"), "");
     EXPECT_EQ(_json_get_int(nullptr, "key"), 0);
-    JsonRoot text = parse("\"42\"");
     EXPECT_STREQ(_json_get_str(text.get(), nullptr), "42");
     EXPECT_STREQ(_json_get_str(text.get(), "key"), "");
 }

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <tuple>
 
-#include "core/wan_status.h"
 #include "support/router_rig.h"
 
 namespace {
@@ -141,19 +140,6 @@ TEST(DeviceSecret, IsReadFromTheCache) {
     for (auto [place, size] : {std::pair<char *, int>(output, 8), {nullptr, 8}, {output, 0}, {output, -1}})
         EXPECT_EQ(get_deviceSecret(place, size), -1);
     EXPECT_EQ(log_messages().back(), "param is NULL");
-}
-
-TEST(NetworkStatus, IsUpOnlyWhenConnected) {
-    RouterRig rig;
-    const std::pair<const char *, int> rows[] = {
-        {R"("Connected")", 1}, {R"("connected")", 0}, {R"("Connected ")", 0}, {"1", 0}, {"null", 0}};
-    for (auto [status, up] : rows) {
-        rig.router.set_state("/vrop.waninfo/status", status);
-        EXPECT_EQ(get_networkStatus(), up) << status;
-    }
-    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.waninfo"});
-    EXPECT_EQ(get_networkStatus(), 0);
-    EXPECT_TRUE(has_logged("get network status fail"));
 }
 
 } // namespace

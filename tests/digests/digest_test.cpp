@@ -74,13 +74,6 @@ std::string md5(const std::string &bytes) {
     return hex(digest);
 }
 
-std::string hmac(const std::string &key, const std::string &message) {
-    char output[41] = {};
-    hmac_sha1(message.data(), static_cast<int>(message.size()), output, key.data(),
-              static_cast<int>(key.size()));
-    return output;
-}
-
 std::string openssl_hmac(const std::string &key, const std::string &message) {
     uint8_t digest[20];
     HMAC(EVP_sha1(), key.data(), static_cast<int>(key.size()), data_of(message), message.size(), digest,
@@ -94,14 +87,6 @@ TEST(Digest, AgreesWithOpensslForAnyLengthAndPieces) {
         ASSERT_EQ(sha1(bytes), openssl<20>(EVP_sha1(), bytes)) << bytes.size();
         ASSERT_EQ(md5(bytes), openssl<16>(EVP_md5(), bytes)) << bytes.size();
     }
-}
-
-TEST(Hmac, AgreesWithOpensslUpToTheLongestKey) {
-    for (size_t key_length = 0; key_length <= 64; key_length++) {
-        const std::string key = random_bytes(key_length), message = random_bytes(source() % 200);
-        ASSERT_EQ(hmac(key, message), openssl_hmac(key, message)) << key_length;
-    }
-    EXPECT_EQ(hmac(std::string(65, 'k'), "message"), "");
 }
 
 std::string encoded(const std::string &plain) {

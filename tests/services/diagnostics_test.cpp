@@ -35,7 +35,11 @@ TEST(StorageStatus, IsReadFromItsFirstBytes) {
                   std::string(R"(0: 200 connectCheck {"networkStatus":true,"hcdnRegister":)") + row.connect +
                       "}");
     }
-    rig.router.wan(false);
+    for (const char *status : {R"("connected")", R"("Connected ")", "1", "null"}) {
+        rig.router.set_state("/vrop.waninfo/status", status);
+        EXPECT_THAT(rig.call("connectCheck", nullptr), testing::HasSubstr(R"("networkStatus":false)"));
+    }
+    rig.router.add_fault({.kind = Fault::Kind::Absent, .object = "vrop.waninfo"});
     EXPECT_THAT(rig.call("connectCheck", nullptr), testing::HasSubstr(R"("networkStatus":false)"));
 }
 

